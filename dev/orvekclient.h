@@ -1,10 +1,98 @@
 #ifndef ORVEKCLIENT_H
 #define ORVEKCLIENT_H
+
+#include <QByteArray>
+#include <QList>
+#include <QMutex>
+#include <QString>
+#include <QtPlugin>
+
 #include "collectthread.h"
+#include "collectview.h"
+#include "controlcmd.h"
+
+class QTcpSocket;
+struct IdentitySlice;
+
+#define OrvekClient_iid "com.wenk.Qt.ProInterface"
+
+// Device client for UPS units behind a Modbus/TCP network agent.
+//
+// One tick of the timer (threadTimer) runs the queued control commands,
+// keeps the connection up, sends the next of four fixed read requests and
+// decodes the answer into data points and events, then publishes the data
+// points into upsInfo. The plug-in's root instance is an OrvekClient too and
+// only serves as the factory (create).
 class OrvekClient : public CollectThread
 {
     Q_OBJECT
+    Q_PLUGIN_METADATA(IID OrvekClient_iid)
+
 public:
-    explicit OrvekClient(CollectThread *parent = nullptr) { Q_UNUSED(parent) }
+    explicit OrvekClient(CollectThread *parent = nullptr);
+    ~OrvekClient() override;
+
+    // Deliberately declared with the derived type: it does not override
+    // CollectThread::release, so calls through the base reach the empty default.
+    void release(OrvekClient *client);
+    void setTarget(QString address, int port);
+    void run() override;
+
+    void UPS_sendMessage();
+    void reportData();
+    int check_set_command();
+    QString utfToChina(QString s);
+
+    // Decodes one received buffer exactly as readMessage does with the bytes
+    // read from the socket; usable without a socket (tests, fuzzing).
+    void decodeAnswer(const QByteArray &buffer);
+
+    // The fixed read request sent at rotation position index (0..3).
+    static QByteArray readRequest(int index);
+    // The write-single-register request for a register and value.
+    static QByteArray writeRequest(quint8 reg, quint16 value);
+
+    // Test seam: the pause before and the wait for a connection attempt
+    // (defaults 5000 ms and 30000 ms).
+    void setConnectTimings(int pauseMs, int connectWaitMs);
+
+    // Path of the host's device file below the application directory.
+    static QString configFilePath();
+
+    QTcpSocket *socket = nullptr;
+    QString targetAddress;
+    int targetPort = 0;
+    QMutex cmdMutex;
+    QList<ControlCmd> cmdList;
+    CollectView *view = nullptr;
+    DataPointMap dataPoints;
+    int requestIndex = 0;
+
+public slots:
+    int control(int id, QString value) override;
+    QStringList getDataLogDesc() override;
+    QStringList changeLogData(QMap<int, QVariant> data) override;
+    QStringList getEventLogDesc() override;
+    CollectView *getView() override;
+    void loadConfig() override;
+    CollectThread *create(void *handle) override;
+    void poll() override;
+
+private slots:
+    void threadTimer();
+    void readMessage();
+
+private:
+    EventMap baseEventMap() const;
+    void connectOrCountFailure(EventMap &map);
+    void decodeMeasurements(const QByteArray &buffer, EventMap &ev);
+    void decodeIdentity(const QByteArray &buffer, const IdentitySlice *slices, int count);
+    bool decodeAlarms(const QByteArray &buffer, EventMap &ev);
+    bool takeNextCommand(ControlCmd &cmd);
+    void sendCommand(quint8 reg, quint16 value);
+
+    int reconnectPauseMs;
+    int connectWaitMs;
 };
-#endif
+
+#endif // ORVEKCLIENT_H

@@ -1,0 +1,43 @@
+#ifndef CHARTSCREENSHOTS_H
+#define CHARTSCREENSHOTS_H
+
+#include <QList>
+#include <QMap>
+#include <QSize>
+#include <QString>
+#include <QVariant>
+
+class QWidget;
+
+// Screenshots of the data and graphic pages for the documentation. Writing is
+// opt-in (ORVEK_WRITE_SCREENSHOTS=1) so that ordinary test runs leave the
+// source tree alone.
+namespace ChartScreenshots {
+
+bool enabled();
+
+// Switches the application to a desktop-sized font (the offscreen platform
+// defaults to 12 pt). Call it before creating the widgets to shoot: widgets
+// with style sheets keep the font they were created with.
+void useDesktopFont();
+
+// Resizes and shows `widget` off screen and waits until it is exposed, so
+// that charts know their plot box before data arrives.
+bool showOffscreen(QWidget *widget, const QSize &size);
+
+// Saves a grab of `widget` to docs/screenshots/<fileName> of the source tree.
+// Returns the path written, or an empty string when the source tree is
+// unknown or saving failed.
+QString save(QWidget *widget, const QString &fileName);
+
+// The data point map the simulated agent delivers after one full polling
+// rotation, single- or three-phase, in normal online operation.
+QMap<int, QVariant> agentImage(bool threePhase);
+
+// One map per simulated second of the agent's demo story (mains failure at
+// 10 s, battery running down, mains return at 45 s), for trend curves.
+QList<QMap<int, QVariant>> agentStory(bool threePhase, int seconds);
+
+} // namespace ChartScreenshots
+
+#endif // CHARTSCREENSHOTS_H

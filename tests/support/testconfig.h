@@ -1,0 +1,28 @@
+#ifndef TESTCONFIG_H
+#define TESTCONFIG_H
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSettings>
+#include <QString>
+#include <QVariantMap>
+
+#include "orvekclient.h"
+
+// Writes one device group into the dev.ini that the plug-in reads below the
+// test binary's directory. Each test uses its own group names.
+inline void writeDeviceConfig(const QString &device, const QVariantMap &values)
+{
+    const QString path = OrvekClient::configFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QSettings settings(path, QSettings::IniFormat);
+    settings.remove(device);
+    for (auto it = values.constBegin(); it != values.constEnd(); ++it)
+        settings.setValue(device + QLatin1Char('/') + it.key(), it.value());
+    settings.sync();
+}
+
+// A port on 127.0.0.1 that nothing listens on (taken and released at once).
+quint16 closedLocalPort();
+
+#endif // TESTCONFIG_H

@@ -1,0 +1,451 @@
+// The client over real sockets: request frames, rotation, the connection
+// state machine in both drive modes, configuration and control commands.
+#include <QtTest>
+#include <atomic>
+
+#include "eventrecorder.h"
+#include "fakeagent.h"
+#include "orvekclient.h"
+#include "testconfig.h"
+
+namespace {
+
+constexpr int kFastPauseMs = 0;
+constexpr int kFastConnectWaitMs = 2000;
+
+// A client aimed at 127.0.0.1:port with short connection waits.
+void aim(OrvekClient &client, quint16 port, int retries = 5)
+{
+    client.name = QStringLiteral("test-ups");
+    client.setTarget(QStringLiteral("127.0.0.1"), port);
+    client.retries = retries;
+    client.interval = 1;
+    client.setConnectTimings(kFastPauseMs, kFastConnectWaitMs);
+}
+
+// One host-driven cycle now, whatever the schedule says.
+void tick(OrvekClient &client)
+{
+    client.nextPollTime = 0;
+    client.poll();
+}
+
+bool isWrite(const QByteArray &frame)
+{
+    return frame.size() == 12 && quint8(frame.at(7)) == 0x06;
+}
+
+} // namespace
+
+class TestClient : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void requestRotationOnTheWire();
+    void lostAndRestored_data();
+    void lostAndRestored();
+    void silentAgentIsNotLost();
+    void defaultConnectTimings();
+    void loadConfig_data();
+    void loadConfig();
+    void runDividesIntervalAgain();
+    void commandFrames_data();
+    void commandFrames();
+    void commandsWhileDisconnected();
+    void commandLimitPerTick();
+    void commandResultWithoutAnswer();
+    void commandsFromAnotherThread();
+    void workStateOnlyInsidePoll();
+};
+
+void TestClient::requestRotationOnTheWire()
+{
+    FakeAgent agent;
+    OrvekClient client;
+    aim(client, agent.start());
+    tick(client); // connects; the connection is used from the next tick
+    QVERIFY(agent.requests().isEmpty());
+    for (int i = 0; i < 5; ++i)
+        tick(client);
+    const QList<QByteArray> expected = {
+        QByteArray::fromHex("000000000006010402010070"), QByteArray::fromHex("000000000006010402710050"),
+        QByteArray::fromHex("000000000006010401010049"), QByteArray::fromHex("000000000006010201010041"),
+        QByteArray::fromHex("000000000006010402010070"),
+    };
+    QCOMPARE(agent.requests(), expected);
+    QCOMPARE(client.requestIndex, 1);
+    for (int i = 0; i < 4; ++i)
+        QCOMPARE(OrvekClient::readRequest(i), expected.at(i));
+}
+
+void TestClient::lostAndRestored_data()
+{
+    QTest::addColumn<bool>("threaded");
+    QTest::newRow("poll") << false;
+    QTest::newRow("run") << true;
+}
+
+void TestClient::lostAndRestored()
+{
+    QFETCH(bool, threaded);
+    const quint16 port = closedLocalPort();
+    OrvekClient client;
+    aim(client, port, 3);
+    EventRecorder rec(&client);
+    QSignalSpy queued(&client, &CollectThread::postDEvent);
+
+    if (threaded) {
+        client.interval = 4; // run() divides again: one tick a second
+        client.start();
+        QTRY_VERIFY_WITH_TIMEOUT(rec.count(1041) == 1, 10000);
+    } else {
+        tick(client);
+        tick(client);
+        QCOMPARE(rec.count(1041), 0);
+        QCOMPARE(client.lostState, -1);
+        tick(client);
+    }
+    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
+    const auto lost = rec.events().first().second;
+    QCOMPARE(lost.value("lost").toInt(), 1);
+    QCOMPARE(lost.value("state").toInt(), 1);
+    QCOMPARE(lost.value("desc").toString(), QStringLiteral("test-ups"));
+    QCOMPARE(lost.value("port").toInt(), int(port));
+    QCOMPARE(rec.events().at(1).second, lost);
+
+    // Further failures report nothing more.
+    if (threaded) {
+        QTRY_VERIFY_WITH_TIMEOUT(client.failCount >= 5, 10000);
+    } else {
+        tick(client);
+        tick(client);
+    }
+    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
+    {
+        QMutexLocker locker(&client.mutex);
+        QCOMPARE(client.upsInfo.value("state").toInt(), 1);
+    }
+
+    // The agent comes back on the same port: connect, then the first answer.
+    FakeAgent agent;
+    QCOMPARE(agent.start(port), port);
+    if (threaded) {
+        QTRY_VERIFY_WITH_TIMEOUT(rec.count(1040) == 1, 10000);
+    } else {
+        tick(client);
+        tick(client);
+    }
+    const QList<int> types = rec.types();
+    QCOMPARE(types.mid(0, 5), (QList<int>{1041, 2001, 1040, 2001, 2007}));
+    QCOMPARE(rec.ofType(1040).first().second.value("state").toInt(), 0);
+    QCOMPARE(client.lostState, 0);
+    QCOMPARE(client.failCount, 0);
+
+    if (threaded) {
+        client.quit();
+        QVERIFY(client.wait(10000));
+        QVERIFY(!client.socket); // disposed of in its own thread
+        QTRY_VERIFY(queued.count() >= 5); // the host side got them queued
+        QCOMPARE(queued.at(2).at(0).toInt(), 1040);
+    }
+}
+
+void TestClient::silentAgentIsNotLost()
+{
+    // An agent that accepts but never answers: only connection attempts count.
+    FakeAgent agent;
+    agent.setResponder([](const QByteArray &) { return QByteArray(); });
+    OrvekClient client;
+    aim(client, agent.start(), 1);
+    EventRecorder rec(&client);
+    tick(client); // the one connection attempt reaches retries = 1 at once
+    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
+    rec.clear();
+    for (int i = 0; i < 3; ++i)
+        tick(client);
+    QVERIFY(rec.types().isEmpty());
+    QCOMPARE(client.failCount, 1);
+    QCOMPARE(client.requestIndex, 3); // the rotation moved on without answers
+}
+
+void TestClient::defaultConnectTimings()
+{
+    // The product pauses 5 s before every connection attempt.
+    OrvekClient client;
+    client.setTarget(QStringLiteral("127.0.0.1"), closedLocalPort());
+    client.retries = 1;
+    client.interval = 1;
+    EventRecorder rec(&client);
+    QElapsedTimer timer;
+    timer.start();
+    tick(client);
+    QVERIFY2(timer.elapsed() >= 4900, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
+}
+
+void TestClient::loadConfig_data()
+{
+    QTest::addColumn<QVariantMap>("values");
+    QTest::addColumn<QString>("address");
+    QTest::addColumn<int>("port");
+    QTest::addColumn<int>("retries");
+    QTest::addColumn<int>("protocol");
+    QTest::addColumn<int>("interval");
+
+    QTest::newRow("defaults") << QVariantMap{} << "" << 502 << 5 << 0 << 1;
+    QTest::newRow("all set") << QVariantMap{{"ipAddr", "10.0.0.7"}, {"port", 1502}, {"retries", 2}, {"protocol", 4},
+                                            {"interval", 60}}
+                             << "10.0.0.7" << 1502 << 2 << 4 << 15;
+    QTest::newRow("interval 5") << QVariantMap{{"interval", 5}} << "" << 502 << 5 << 0 << 1;
+    QTest::newRow("interval 0") << QVariantMap{{"interval", 0}} << "" << 502 << 5 << 0 << 1;
+    QTest::newRow("interval -3") << QVariantMap{{"interval", -3}} << "" << 502 << 5 << 0 << 1;
+    QTest::newRow("interval -40") << QVariantMap{{"interval", -40}} << "" << 502 << 5 << 0 << 1;
+    QTest::newRow("junk numbers") << QVariantMap{{"port", "http"}, {"retries", "many"}, {"interval", "soon"},
+                                                 {"protocol", "x"}}
+                                  << "" << 502 << 5 << 0 << 1;
+    QTest::newRow("port out of range") << QVariantMap{{"port", 70000}} << "" << 502 << 5 << 0 << 1;
+}
+
+void TestClient::loadConfig()
+{
+    QFETCH(QVariantMap, values);
+    QFETCH(QString, address);
+    QFETCH(int, port);
+    QFETCH(int, retries);
+    QFETCH(int, protocol);
+    QFETCH(int, interval);
+
+    const QString device = QStringLiteral("cfg-%1").arg(QTest::currentDataTag()).replace(' ', '_');
+    values.insert(QStringLiteral("eventChooseList/3"), 1);
+    values.insert(QStringLiteral("eventChooseList/108"), 1);
+    values.insert(QStringLiteral("eventChooseList/2"), QStringLiteral("yes"));
+    writeDeviceConfig(device, values);
+
+    OrvekClient client;
+    client.name = device;
+    client.loadConfig();
+    QCOMPARE(client.targetAddress, address);
+    QCOMPARE(client.targetPort, port);
+    QCOMPARE(client.retries, retries);
+    QCOMPARE(client.protocol, protocol);
+    QCOMPARE(client.interval, interval);
+    QCOMPARE(client.eventChooseList.size(), 108);
+    QCOMPARE(client.eventChooseList.value(2), 1); // key 3 fills index 2
+    QCOMPARE(client.eventChooseList.value(107), 1);
+    QCOMPARE(client.eventChooseList.value(1), 0); // not a number
+    QCOMPARE(client.eventChooseList.value(0), 0);
+}
+
+void TestClient::runDividesIntervalAgain()
+{
+    writeDeviceConfig(QStringLiteral("cfg-run60"), QVariantMap{{"interval", 60}, {"ipAddr", "127.0.0.1"},
+                                                              {"port", closedLocalPort()}});
+    OrvekClient client;
+    client.name = QStringLiteral("cfg-run60");
+    client.loadConfig();
+    QCOMPARE(client.interval, 15); // a poll-driven host would cycle every 15 s
+    client.setConnectTimings(0, 100);
+    client.start();
+    QTRY_COMPARE(client.interval, 3);
+    client.quit();
+    QVERIFY(client.wait(5000));
+}
+
+void TestClient::commandFrames_data()
+{
+    QTest::addColumn<int>("id");
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QByteArray>("frame");
+    QTest::addColumn<QString>("text");
+
+    QTest::newRow("1003 selftest") << 1003 << "" << QByteArray::fromHex("00000000000601060001ffff") << "Selftest";
+    QTest::newRow("1004 discharge 10") << 1004 << "10" << QByteArray::fromHex("00000000000601060006000a") << "Discharge";
+    QTest::newRow("1005") << 1005 << "" << QByteArray::fromHex("00000000000601060002ffff") << "Discharge to low";
+    QTest::newRow("1006") << 1006 << "" << QByteArray::fromHex("00000000000601060004ffff") << "Cancel task";
+    QTest::newRow("1007 12") << 1007 << "12" << QByteArray::fromHex("00000000000601060007000c") << "Shutdown UPS";
+    QTest::newRow("1007 70000") << 1007 << "70000" << QByteArray::fromHex("000000000006010600071170") << "Shutdown UPS";
+    QTest::newRow("1007 not a number") << 1007 << "soon" << QByteArray::fromHex("000000000006010600070000") << "Shutdown UPS";
+    QTest::newRow("1008 60") << 1008 << "60" << QByteArray::fromHex("00000000000601060008003c") << "Standby UPS";
+    QTest::newRow("1008 600") << 1008 << "600" << QByteArray::fromHex("000000000006010600080258") << "Standby UPS";
+    QTest::newRow("1011 clock") << 1011 << "2026-11-22 10:00:00" << QByteArray::fromHex("000000000006010600000000") << "Time set";
+    QTest::newRow("1013") << 1013 << "" << QByteArray::fromHex("00000000000601060005ffff") << "Cancel shutdown";
+    QTest::newRow("1014 off") << 1014 << "0" << QByteArray::fromHex("00000000000601060003ffff") << "Buzzer switch";
+    QTest::newRow("1014 on") << 1014 << "1" << QByteArray::fromHex("00000000000601060003ffff") << "Buzzer switch";
+    QTest::newRow("unknown id") << 1009 << "5" << QByteArray::fromHex("000000000006010600000000") << "";
+}
+
+void TestClient::commandFrames()
+{
+    QFETCH(int, id);
+    QFETCH(QString, value);
+    QFETCH(QByteArray, frame);
+    QFETCH(QString, text);
+
+    FakeAgent agent;
+    OrvekClient client;
+    aim(client, agent.start());
+    tick(client); // connect
+    EventRecorder rec(&client);
+    QCOMPARE(client.control(id, value), 1);
+    tick(client);
+    const QList<QByteArray> wire = agent.requests();
+    QCOMPARE(wire.size(), 2);
+    QCOMPARE(wire.at(0).toHex(), frame.toHex()); // the command goes first in the tick
+    QCOMPARE(wire.at(1), OrvekClient::readRequest(0));
+
+    const auto results = rec.ofType(1042);
+    QCOMPARE(results.size(), 1);
+    const auto map = results.first().second;
+    QCOMPARE(map.value("controlId").toInt(), id);
+    QCOMPARE(map.value("cmdId").toInt(), id);
+    QCOMPARE(map.value("controlValue").toString(), value);
+    QCOMPARE(map.value("name").toString(), QStringLiteral("test-ups"));
+    QCOMPARE(map.value("result").toInt(), 1);
+    QCOMPARE(map.value("desc").toString(), QStringLiteral("test-ups excute %1 successful").arg(text));
+    QCOMPARE(map.size(), 6);
+}
+
+void TestClient::commandsWhileDisconnected()
+{
+    OrvekClient client;
+    aim(client, closedLocalPort());
+    EventRecorder rec(&client);
+    client.control(1003, "");
+    client.control(1008, "60");
+    client.control(1014, "1");
+    tick(client);
+    const auto results = rec.ofType(1042);
+    QCOMPARE(results.size(), 3);
+    const QList<int> order = {1003, 1008, 1014};
+    for (int i = 0; i < 3; ++i) {
+        QCOMPARE(results.at(i).second.value("cmdId").toInt(), order.at(i));
+        QCOMPARE(results.at(i).second.value("result").toInt(), 0);
+        QVERIFY(results.at(i).second.value("desc").toString().endsWith(QStringLiteral(" failed")));
+    }
+    QCOMPARE(results.at(1).second.value("desc").toString(), QStringLiteral("test-ups excute Standby UPS failed"));
+    QVERIFY(client.cmdList.isEmpty());
+    // The results come before the connection attempt of the same tick.
+    QCOMPARE(rec.types().first(), 1042);
+}
+
+void TestClient::commandLimitPerTick()
+{
+    FakeAgent agent;
+    OrvekClient client;
+    aim(client, agent.start());
+    tick(client);
+    EventRecorder rec(&client);
+    for (int i = 0; i < 250; ++i)
+        client.control(1008, QString::number(i));
+    tick(client);
+    const QList<QByteArray> wire = agent.requests();
+    const int writes = int(std::count_if(wire.begin(), wire.end(), isWrite));
+    QCOMPARE(writes, 201);
+    QCOMPARE(rec.count(1042), 200);
+    QCOMPARE(client.cmdList.size(), 49);
+    QCOMPARE(rec.ofType(1042).last().second.value("controlValue").toString(), QStringLiteral("199"));
+
+    tick(client);
+    QCOMPARE(rec.count(1042), 249); // the 201st never gets its result
+    QCOMPARE(rec.ofType(1042).at(200).second.value("controlValue").toString(), QStringLiteral("201"));
+    QVERIFY(client.cmdList.isEmpty());
+}
+
+void TestClient::commandResultWithoutAnswer()
+{
+    FakeAgent agent;
+    agent.setResponder([](const QByteArray &request) {
+        // Reads are answered, writes only with a Modbus exception.
+        if (quint8(request.at(7)) == 0x06)
+            return QByteArray::fromHex("000000000003018602");
+        return FakeAgent::defaultReply(request);
+    });
+    OrvekClient client;
+    aim(client, agent.start());
+    tick(client);
+    EventRecorder rec(&client);
+    client.control(1007, "12");
+    tick(client);
+    QCOMPARE(rec.ofType(1042).size(), 1);
+    QCOMPARE(rec.ofType(1042).first().second.value("result").toInt(), 1); // sent, not accepted
+    QCOMPARE(rec.count(2007), 1); // the exception answer did not disturb the read
+}
+
+void TestClient::commandsFromAnotherThread()
+{
+    constexpr int kProducers = 2;
+    constexpr int kPerProducer = 100; // at most 200 a tick: none hits the per-tick limit
+    FakeAgent agent;
+    OrvekClient client;
+    aim(client, agent.start());
+    client.interval = 4;
+    EventRecorder rec(&client);
+    client.start();
+    QTRY_VERIFY_WITH_TIMEOUT(rec.count(2007) >= 1, 10000);
+
+    std::atomic<bool> go{false};
+    QList<QThread *> producers;
+    for (int p = 0; p < kProducers; ++p) {
+        producers << QThread::create([&client, &go, p] {
+            while (!go.load())
+                QThread::yieldCurrentThread();
+            for (int i = 0; i < kPerProducer; ++i) {
+                client.control(1008, QStringLiteral("%1-%2").arg(p).arg(i));
+                if (i % 16 == 0)
+                    QThread::usleep(500);
+            }
+        });
+        producers.last()->start();
+    }
+    go = true;
+    for (QThread *t : producers) {
+        QVERIFY(t->wait(10000));
+        delete t;
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(rec.count(1042), kProducers * kPerProducer, 15000);
+    client.quit();
+    QVERIFY(client.wait(10000));
+
+    QSet<QString> seen;
+    QMap<int, int> lastIndex;
+    for (const auto &e : rec.ofType(1042)) {
+        const QString value = e.second.value("controlValue").toString();
+        QVERIFY2(!seen.contains(value), qPrintable(value));
+        seen.insert(value);
+        QCOMPARE(e.second.value("result").toInt(), 1);
+        // Each producer's commands come out in the order it queued them.
+        const QStringList parts = value.split('-');
+        const int producer = parts.at(0).toInt();
+        const int index = parts.at(1).toInt();
+        QVERIFY(index > lastIndex.value(producer, -1));
+        lastIndex[producer] = index;
+    }
+    QCOMPARE(seen.size(), kProducers * kPerProducer);
+    const QList<QByteArray> wire = agent.requests();
+    QCOMPARE(int(std::count_if(wire.begin(), wire.end(), isWrite)), kProducers * kPerProducer);
+}
+
+void TestClient::workStateOnlyInsidePoll()
+{
+    OrvekClient client;
+    aim(client, closedLocalPort(), 1);
+    client.interval = 100;
+    QList<int> during;
+    connect(&client, &CollectThread::postDEvent, this,
+            [&client, &during](int, QMap<QString, QVariant>) { during << client.getWorkState(); },
+            Qt::DirectConnection);
+    QCOMPARE(client.getWorkState(), 0);
+    client.poll();
+    QCOMPARE(client.getWorkState(), 0);
+    QCOMPARE(during, (QList<int>{1, 1}));
+    // The next cycle is due only after the interval.
+    QVERIFY(client.nextPollTime > 0);
+    client.retries = 100;
+    const int failsBefore = client.failCount;
+    client.poll();
+    QCOMPARE(client.failCount, failsBefore);
+}
+
+QTEST_GUILESS_MAIN(TestClient)
+#include "tst_core_client.moc"

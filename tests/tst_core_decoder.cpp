@@ -1,0 +1,371 @@
+// Decoding of received buffers, driven without a socket.
+#include <QRandomGenerator>
+#include <QtTest>
+
+#include "eventrecorder.h"
+#include "fakeagent.h"
+#include "orvekclient.h"
+
+using EventList = QList<QPair<int, QMap<QString, QVariant>>>;
+
+namespace {
+
+QByteArray measurementAnswer(const QVector<quint16> &regs)
+{
+    return FakeAgent::registersAnswer(regs);
+}
+
+QVector<quint16> rampRegisters()
+{
+    QVector<quint16> regs(73);
+    for (int i = 0; i < 73; ++i)
+        regs[i] = quint16(1000 + i);
+    return regs;
+}
+
+// "type:alarmId:alarmState" per event; plain "type" for events without alarm keys.
+QStringList describe(const EventList &events)
+{
+    QStringList out;
+    for (const auto &e : events) {
+        if (e.first == 2006 || e.first == 2009 || e.first == 2010)
+            out << QStringLiteral("%1:%2:%3")
+                       .arg(e.first)
+                       .arg(e.second.value("alarmId").toInt())
+                       .arg(e.second.value("alarmState").toInt());
+        else
+            out << QString::number(e.first);
+    }
+    return out;
+}
+
+bool isKnownId(int id)
+{
+    return (id >= 0 && id <= 72) || (id >= 2000 && id <= 2026) || (id >= 4000 && id <= 4006) || id == 4014;
+}
+
+} // namespace
+
+class TestDecoder : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void measurementsAreUnsigned();
+    void firstAnswerRestoresCommunication();
+    void identityBlocksKeptRaw_data();
+    void identityBlocksKeptRaw();
+    void alarmTransitions_data();
+    void alarmTransitions();
+    void alarmKeysStayAfterLoop();
+    void droppedAnswers_data();
+    void droppedAnswers();
+    void unknownByteCountCountsAsContact();
+    void shortBufferWithBigPromise_data();
+    void shortBufferWithBigPromise();
+    void twoAnswersInOneBuffer();
+    void randomBuffersStayInBounds();
+    void reportDataPublishesKeys();
+};
+
+void TestDecoder::measurementsAreUnsigned()
+{
+    OrvekClient client;
+    client.lostState = 0;
+    EventRecorder rec(&client);
+    QVector<quint16> regs = rampRegisters();
+    regs[0] = 0xFFFF;
+    regs[5] = 0xFFEC; // battery current -2.0 A as stored
+    regs[18] = 0x1234; // first half of a 32-bit pair keeps its own 16 bits
+    regs[19] = 0x5678;
+    regs[72] = 0x8000;
+    const QByteArray a = measurementAnswer(regs);
+    QCOMPARE(a.left(9).toHex(), QByteArray("000000000095010492"));
+    client.decodeAnswer(a);
+
+    for (int n = 0; n < 73; ++n)
+        QCOMPARE(client.dataPoints.value(n).toInt(), int(regs[n]));
+    QCOMPARE(client.dataPoints.value(0).toInt(), 65535);
+    QCOMPARE(client.dataPoints.value(18).toInt(), 0x1234);
+    QCOMPARE(client.dataPoints.value(19).toInt(), 0x5678);
+
+    QCOMPARE(rec.types(), QList<int>{2007});
+    const auto ev = rec.events().first().second;
+    const DataPointMap data = ev.value("data").value<DataPointMap>();
+    QCOMPARE(data.size(), 74); // ids 0..72 and 4014
+    QCOMPARE(data.value(72).toInt(), 0x8000);
+    QCOMPARE(ev.value("raw_data").toByteArray(), a.mid(9, 146));
+    QCOMPARE(ev.value("lost").toInt(), 0);
+    QVERIFY(QDateTime::fromString(ev.value("timeStr").toString(), "yyyy-MM-dd hh:mm:ss").isValid());
+}
+
+void TestDecoder::firstAnswerRestoresCommunication()
+{
+    OrvekClient client;
+    client.name = QStringLiteral("ups-a");
+    client.failCount = 4;
+    EventRecorder rec(&client);
+    client.decodeAnswer(FakeAgent::alarmAnswer(FakeAgent::alarmBits({})));
+    // All bits clear on the first cycle: only the restoration and the decode.
+    QCOMPARE(rec.types(), (QList<int>{1040, 2001, 2007}));
+    QCOMPARE(client.lostState, 0);
+    QCOMPARE(client.failCount, 0);
+    const auto restored = rec.events().at(0).second;
+    QCOMPARE(restored.value("desc").toString(), QStringLiteral("ups-a"));
+    QCOMPARE(restored.value("state").toInt(), 0);
+    QCOMPARE(rec.events().at(2).second.value("dis_alarm").toInt(), 0);
+
+    rec.clear();
+    client.decodeAnswer(FakeAgent::alarmAnswer(FakeAgent::alarmBits({})));
+    QCOMPARE(rec.types(), QList<int>{2007});
+}
+
+void TestDecoder::identityBlocksKeptRaw_data()
+{
+    QTest::addColumn<int>("registers");
+    QTest::addColumn<QList<int>>("ids");
+    QTest::addColumn<QList<int>>("offsets");
+    QTest::addColumn<QList<int>>("lengths");
+    QTest::newRow("block 0x0201") << 112 << QList<int>{4001, 4000, 4004, 4003} << QList<int>{0, 32, 96, 160}
+                                  << QList<int>{32, 64, 64, 64};
+    QTest::newRow("block 0x0271") << 80 << QList<int>{4005, 4002, 4006} << QList<int>{0, 64, 128}
+                                  << QList<int>{64, 64, 32};
+}
+
+void TestDecoder::identityBlocksKeptRaw()
+{
+    QFETCH(int, registers);
+    QFETCH(QList<int>, ids);
+    QFETCH(QList<int>, offsets);
+    QFETCH(QList<int>, lengths);
+
+    QByteArray data(registers * 2, ' ');
+    for (int i = 0; i < data.size(); ++i)
+        data[i] = char(i % 7 == 0 ? 0 : 'A' + i % 26); // NULs inside, blanks nowhere
+    data.replace(0, 5, "Orvek");
+    OrvekClient client;
+    client.lostState = 0;
+    EventRecorder rec(&client);
+    client.decodeAnswer(FakeAgent::answer(0x04, data));
+    for (int i = 0; i < ids.size(); ++i) {
+        const QVariant v = client.dataPoints.value(ids[i]);
+        QCOMPARE(v.userType(), int(QMetaType::QByteArray));
+        QCOMPARE(v.toByteArray(), data.mid(offsets[i], lengths[i]));
+    }
+    QCOMPARE(client.dataPoints.size(), ids.size() + 1); // and 4014
+    QCOMPARE(rec.types(), QList<int>{2007});
+}
+
+void TestDecoder::alarmTransitions_data()
+{
+    QTest::addColumn<QList<int>>("before");
+    QTest::addColumn<QList<int>>("after");
+    QTest::addColumn<QStringList>("expected");
+
+    QTest::newRow("battery low raised") << QList<int>{} << QList<int>{3}
+                                        << QStringList{"2006:3:1", "2010:3:1", "2001", "2007"};
+    QTest::newRow("battery low cleared") << QList<int>{3} << QList<int>{}
+                                         << QStringList{"2006:57:0", "2010:57:0", "2007"};
+    QTest::newRow("input fault raised") << QList<int>{} << QList<int>{6}
+                                        << QStringList{"2006:6:1", "2009:6:1", "2001", "2007"};
+    QTest::newRow("input fault cleared") << QList<int>{6} << QList<int>{}
+                                         << QStringList{"2006:60:0", "2009:60:0", "2007"};
+    QTest::newRow("ascending order, mixed") << QList<int>{2, 26} << QList<int>{0, 9, 26}
+                                            << QStringList{"2006:0:1", "2006:56:0", "2006:9:1", "2001", "2007"};
+    QTest::newRow("empty-text alarm 24") << QList<int>{} << QList<int>{24}
+                                         << QStringList{"2006:24:1", "2001", "2007"};
+    QTest::newRow("bits above 26 ignored") << QList<int>{} << QList<int>{27, 30, 53, 63, 64}
+                                           << QStringList{"2007"};
+    QTest::newRow("unchanged active alarm") << QList<int>{5} << QList<int>{5} << QStringList{"2007"};
+}
+
+void TestDecoder::alarmTransitions()
+{
+    QFETCH(QList<int>, before);
+    QFETCH(QList<int>, after);
+    QFETCH(QStringList, expected);
+
+    OrvekClient client;
+    client.decodeAnswer(FakeAgent::alarmAnswer(FakeAgent::alarmBits(before)));
+    EventRecorder rec(&client);
+    client.decodeAnswer(FakeAgent::alarmAnswer(FakeAgent::alarmBits(after)));
+    QCOMPARE(describe(rec.events()), expected);
+
+    for (int i = 0; i <= 26; ++i) {
+        QCOMPARE(client.dataPoints.value(2000 + i).toInt(), after.contains(i) ? 1 : 0);
+        QCOMPARE(client.eventStates.value(i), after.contains(i) ? 1 : 0);
+    }
+    for (int i = 27; i < 72; ++i)
+        QVERIFY(!client.dataPoints.contains(2000 + i));
+
+    const auto last = rec.events().last().second;
+    const bool raised = expected.contains("2001");
+    QCOMPARE(last.value("dis_alarm").toInt(), raised ? 1 : 0);
+    if (raised) {
+        const auto state = rec.ofType(2001).last().second;
+        QCOMPARE(state.value("state").toInt(), 0);
+        QCOMPARE(state.value("dis_alarm").toInt(), 1);
+    }
+}
+
+void TestDecoder::alarmKeysStayAfterLoop()
+{
+    OrvekClient client;
+    client.lostState = 0;
+    EventRecorder rec(&client);
+    client.decodeAnswer(FakeAgent::alarmAnswer(FakeAgent::alarmBits({1, 16})));
+    const auto decoded = rec.ofType(2007).last().second;
+    QCOMPARE(decoded.value("alarmId").toInt(), 16);
+    QCOMPARE(decoded.value("alarmState").toInt(), 1);
+}
+
+void TestDecoder::droppedAnswers_data()
+{
+    QTest::addColumn<QByteArray>("buffer");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("exception answer") << QByteArray::fromHex("000000000003018402");
+    QTest::newRow("13 bytes") << QByteArray::fromHex("00000000000701049200010002");
+    QTest::newRow("one byte") << QByteArray(1, '\x92');
+}
+
+void TestDecoder::droppedAnswers()
+{
+    QFETCH(QByteArray, buffer);
+    OrvekClient client;
+    client.failCount = 3;
+    EventRecorder rec(&client);
+    client.decodeAnswer(buffer);
+    QVERIFY(rec.events().isEmpty());
+    QCOMPARE(client.failCount, 3);
+    QCOMPARE(client.lostState, -1);
+    QVERIFY(client.dataPoints.isEmpty());
+}
+
+void TestDecoder::unknownByteCountCountsAsContact()
+{
+    OrvekClient client;
+    client.targetAddress = QStringLiteral("10.1.2.3");
+    client.failCount = 2;
+    EventRecorder rec(&client);
+    client.decodeAnswer(FakeAgent::answer(0x04, QByteArray(0x50, '\x11')));
+    QCOMPARE(rec.types(), (QList<int>{1040, 2001, 2007}));
+    QCOMPARE(client.failCount, 0);
+    QCOMPARE(client.dataPoints.keys(), QList<int>{4014});
+    QCOMPARE(client.dataPoints.value(4014).toString(), QStringLiteral("10.1.2.3"));
+}
+
+void TestDecoder::shortBufferWithBigPromise_data()
+{
+    QTest::addColumn<quint8>("count");
+    QTest::addColumn<int>("dataBytes");
+    QTest::newRow("measurements, 5 data bytes") << quint8(0x92) << 5;
+    QTest::newRow("identity A, 40 data bytes") << quint8(0xE0) << 40;
+    QTest::newRow("identity B, 100 data bytes") << quint8(0xA0) << 100;
+    QTest::newRow("alarms, 5 data bytes") << quint8(0x09) << 5;
+}
+
+void TestDecoder::shortBufferWithBigPromise()
+{
+    QFETCH(quint8, count);
+    QFETCH(int, dataBytes);
+    QByteArray buffer = FakeAgent::answer(0x04, QByteArray(dataBytes, '\xFF'));
+    buffer[8] = char(count);
+    OrvekClient client;
+    client.lostState = 0;
+    EventRecorder rec(&client);
+    client.decodeAnswer(buffer);
+    QCOMPARE(rec.types().last(), 2007);
+    if (count == 0x92) {
+        QCOMPARE(client.dataPoints.value(1).toInt(), 0xFFFF);
+        QCOMPARE(client.dataPoints.value(2).toInt(), 0xFF00); // half a register, zero-filled
+        QCOMPARE(client.dataPoints.value(72).toInt(), 0);
+    } else if (count == 0xE0) {
+        QCOMPARE(client.dataPoints.value(4001).toByteArray().size(), 32);
+        QCOMPARE(client.dataPoints.value(4000).toByteArray().size(), 8);
+        QCOMPARE(client.dataPoints.value(4004).toByteArray().size(), 0);
+    } else if (count == 0xA0) {
+        QCOMPARE(client.dataPoints.value(4005).toByteArray().size(), 64);
+        QCOMPARE(client.dataPoints.value(4002).toByteArray().size(), 36);
+    } else {
+        // The five bytes there cover every evaluated alarm; all are raised.
+        for (int i = 0; i < 27; ++i)
+            QCOMPARE(client.dataPoints.value(2000 + i).toInt(), 1);
+        QCOMPARE(rec.count(2006), 27);
+    }
+}
+
+void TestDecoder::twoAnswersInOneBuffer()
+{
+    OrvekClient client;
+    client.lostState = 0;
+    EventRecorder rec(&client);
+    const QByteArray both = FakeAgent::alarmAnswer(FakeAgent::alarmBits({2}))
+                            + measurementAnswer(rampRegisters());
+    client.decodeAnswer(both);
+    QCOMPARE(client.dataPoints.value(2002).toInt(), 1);
+    QVERIFY(!client.dataPoints.contains(0)); // the second answer is not decoded
+    QCOMPARE(describe(rec.events()), (QStringList{"2006:2:1", "2001", "2007"}));
+}
+
+void TestDecoder::randomBuffersStayInBounds()
+{
+    // Any bytes at all: only known ids appear, and (under the sanitizer
+    // build) nothing is read outside the buffer.
+    QRandomGenerator rng(20261122);
+    const quint8 counts[] = {0x92, 0xE0, 0xA0, 0x09, 0x00, 0xFF};
+    OrvekClient client;
+    EventRecorder rec(&client);
+    for (int round = 0; round < 3000; ++round) {
+        QByteArray buffer(int(rng.bounded(300)), '\0');
+        for (int i = 0; i < buffer.size(); ++i)
+            buffer[i] = char(rng.bounded(256));
+        if (buffer.size() > 8 && rng.bounded(2))
+            buffer[8] = char(counts[rng.bounded(int(std::size(counts)))]);
+        client.decodeAnswer(buffer);
+    }
+    for (int id : client.dataPoints.keys())
+        QVERIFY2(isKnownId(id), qPrintable(QString::number(id)));
+    for (auto v : client.dataPoints) {
+        if (v.userType() == QMetaType::Int)
+            QVERIFY(v.toInt() >= 0 && v.toInt() <= 0xFFFF);
+    }
+    QVERIFY(rec.count(2007) > 0);
+}
+
+void TestDecoder::reportDataPublishesKeys()
+{
+    OrvekClient client;
+    client.name = QStringLiteral("rack-1");
+    client.setTarget(QStringLiteral("192.168.1.10"), 502);
+    client.reportData();
+    {
+        QMutexLocker locker(&client.mutex);
+        QCOMPARE(client.upsInfo.value("upsLoad").toInt(), 0);
+        QCOMPARE(client.upsInfo.value("upsAddr").toString(), QStringLiteral("1"));
+        QCOMPARE(client.upsInfo.value("portInfo").toString(), QStringLiteral("tcp:192.168.1.10:502"));
+        QCOMPARE(client.upsInfo.value("state").toInt(), -1);
+        QCOMPARE(client.upsInfo.value("name").toString(), QStringLiteral("rack-1"));
+        QVERIFY(!client.upsInfo.value("IdentManufacturer").isValid());
+        QCOMPARE(client.upsInfo.size(), 7); // no id keys yet
+    }
+
+    QVector<quint16> regs = rampRegisters();
+    regs[39] = 35;
+    client.decodeAnswer(measurementAnswer(regs));
+    QByteArray identity(224, '\0');
+    identity.replace(0, 5, "Orvek");
+    identity.replace(32, 7, "PX-3000");
+    client.decodeAnswer(FakeAgent::answer(0x04, identity));
+    client.reportData();
+    QMutexLocker locker(&client.mutex);
+    for (int n = 0; n <= 72; ++n)
+        QCOMPARE(client.upsInfo.value(QString::number(n)).toInt(), int(regs[n]));
+    QCOMPARE(client.upsInfo.value("4014").toString(), QStringLiteral("192.168.1.10"));
+    QCOMPARE(client.upsInfo.value("upsLoad").toInt(), 35);
+    QCOMPARE(client.upsInfo.value("state").toInt(), 0);
+    QVERIFY(client.upsInfo.value("IdentManufacturer").toByteArray().startsWith("Orvek"));
+    QVERIFY(client.upsInfo.value("upsIdentModel").toByteArray().startsWith("PX-3000"));
+}
+
+QTEST_GUILESS_MAIN(TestDecoder)
+#include "tst_core_decoder.moc"

@@ -1,0 +1,170 @@
+// The description dictionary: texts, column titles and data-log rows.
+#include <QtTest>
+#include <thread>
+
+#include "orvekclient.h"
+#include "orvekfont.h"
+
+class TestFont : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void listSizes();
+    void eventTexts_data();
+    void eventTexts();
+    void dataLogColumns();
+    void logRow_data();
+    void logRow();
+    void singletonFromManyThreads();
+    void clientForwards();
+};
+
+void TestFont::listSizes()
+{
+    OrvekFont *font = OrvekFont::instance();
+    QCOMPARE(font->dataLogTexts.size(), 33);
+    QCOMPARE(font->ratedTexts.size(), 17);
+    QCOMPARE(font->batteryStatusTexts.size(), 4);
+    QCOMPARE(font->outputSourceTexts.size(), 7);
+    QCOMPARE(font->getEventLogDesc().size(), 108);
+    QCOMPARE(font->ratedTexts.at(7), QStringLiteral("Buzzer state"));
+    QCOMPARE(font->ratedTexts.at(16), QStringLiteral("Agent location"));
+    QCOMPARE(font->dataLogTexts.at(32), QStringLiteral("Bypass power R/S/T(W)"));
+}
+
+void TestFont::eventTexts_data()
+{
+    QTest::addColumn<int>("id");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("0") << 0 << "Communication between agent and UPS fault";
+    QTest::newRow("2") << 2 << "Battery powered";
+    QTest::newRow("3") << 3 << "Battery low";
+    QTest::newRow("20") << 20 << "Communications between the agent and the UPS fault";
+    QTest::newRow("23") << 23 << "A test is in progress";
+    QTest::newRow("24 empty") << 24 << "";
+    QTest::newRow("25 empty") << 25 << "";
+    QTest::newRow("26") << 26 << "Battery Discharge";
+    QTest::newRow("33 empty") << 33 << "";
+    QTest::newRow("34") << 34 << "Temperature and humidity module 1 communication lost";
+    QTest::newRow("53") << 53 << "Temperature and humidity module 4 humidity is too low";
+    QTest::newRow("54") << 54 << "Communications between agent and UPS normal";
+    QTest::newRow("56") << 56 << "Utility supply normal";
+    QTest::newRow("57") << 57 << "Battery voltage normal";
+    QTest::newRow("74 pairs with 20") << 74 << "UPS is not awaiting the return of input power";
+    QTest::newRow("77") << 77 << "No a test is in progress";
+    QTest::newRow("78 empty") << 78 << "";
+    QTest::newRow("80") << 80 << "Battery Discharge end";
+    QTest::newRow("81") << 81 << "Battery equalization end";
+    QTest::newRow("88") << 88 << "Temperature and humidity module 1 communication normal";
+    QTest::newRow("89") << 89 << "Temperature and humidity module 1 temperature is normal";
+    QTest::newRow("90 doubled") << 90 << "Temperature and humidity module 1 temperature is normal";
+    QTest::newRow("94 module 2 wording") << 94 << "Temperature and humidity module 2 temperature normal";
+    QTest::newRow("95 module 2 wording") << 95 << "Temperature and humidity module 2 temperature normal";
+    QTest::newRow("96") << 96 << "Temperature and humidity module 2 humidity is normal";
+    QTest::newRow("100") << 100 << "Temperature and humidity module 3 temperature is normal";
+    QTest::newRow("107") << 107 << "Temperature and humidity module 4 humidity is normal";
+}
+
+void TestFont::eventTexts()
+{
+    QFETCH(int, id);
+    QFETCH(QString, text);
+    QCOMPARE(OrvekFont::instance()->getEventLogDesc().at(id), text);
+}
+
+void TestFont::dataLogColumns()
+{
+    const QStringList expected = {
+        "Input voltage(V)",      "Input frequency(Hz)",  "Bypass voltage(V)",
+        "Bypass frequency(Hz)",  "Output voltage(V)",    "Output current(A)",
+        "Output power(W)",       "Output load(%)",       "Output frequency(Hz)",
+        "Output mode",           "Remaining battery capacity(%)", "Battery voltage(V)",
+        "Battery current(A)",    "Battery temperature(C)", "Battery state",
+    };
+    QCOMPARE(OrvekFont::instance()->getDataLogDesc(), expected);
+}
+
+using Points = QMap<int, QVariant>;
+
+void TestFont::logRow_data()
+{
+    QTest::addColumn<Points>("data");
+    QTest::addColumn<QStringList>("row");
+
+    QTest::newRow("empty map")
+        << Points{}
+        << QStringList{"0", "0.0", "0", "0.0", "0", "0.0", "0", "0", "0.0", "Other supply", "0", "0.0", "0.0", "0",
+                       "Unknown"};
+
+    Points single{{8, 1},   {9, 230},  {15, 500}, {44, 229}, {42, 501}, {27, 231}, {30, 52},
+                  {33, 980}, {39, 35}, {25, 499}, {24, 3},   {3, 100},  {4, 546},  {5, 15},
+                  {6, 25},   {0, 2},   {10, 999}, {28, 999}};
+    QTest::newRow("single phase")
+        << single
+        << QStringList{"230", "50.0", "229", "50.1", "231", "52.0", "980", "35", "49.9", "Utility supply", "100",
+                       "54.6", "1.5", "25", "Normal"};
+
+    Points three{{8, 3},    {9, 230},  {10, 231}, {11, 229}, {15, 500}, {16, 400}, {44, 228}, {45, 229},
+                 {46, 230}, {42, 500}, {27, 220}, {28, 221}, {29, 222}, {30, 41},  {31, 42},  {32, 43},
+                 {33, 3100}, {35, 3200}, {37, 3300}, {39, 30}, {40, 31}, {41, 32}, {25, 500}, {24, 5},
+                 {3, 80},   {4, 2160}, {6, 27},   {0, 3}};
+    QTest::newRow("three phase")
+        << three
+        << QStringList{"230/231/229", "50.0/50.0/50.0", "228/229/230", "50.0", "220/221,222", "41.0/42.0/43.0",
+                       "3100/3200/3300", "30/31/32", "50.0", "Battery supply", "80", "216.0", "0.0", "27", "Low"};
+
+    // A signed -2.0 A battery current stored as 65516 is logged as stored.
+    Points discharging{{5, 65516}, {24, 9}, {0, 0}};
+    QTest::newRow("codes outside lists, unsigned current")
+        << discharging
+        << QStringList{"0", "0.0", "0", "0.0", "0", "0.0", "0", "0", "0.0", "Other supply", "0", "0.0", "6551.6",
+                       "0", "Unknown"};
+
+    Points lastCodes{{24, 7}, {0, 4}, {8, 2}};
+    QTest::newRow("last codes, two phases is single")
+        << lastCodes
+        << QStringList{"0", "0.0", "0", "0.0", "0", "0.0", "0", "0", "0.0", "Reducer supply", "0", "0.0", "0.0", "0",
+                       "Depleted"};
+
+    Points badTypes{{9, QByteArray("junk")}, {24, QString("3")}, {0, QVariant()}};
+    QTest::newRow("odd variant types")
+        << badTypes
+        << QStringList{"0", "0.0", "0", "0.0", "0", "0.0", "0", "0", "0.0", "Utility supply", "0", "0.0", "0.0", "0",
+                       "Unknown"};
+}
+
+void TestFont::logRow()
+{
+    QFETCH(Points, data);
+    QFETCH(QStringList, row);
+    QCOMPARE(OrvekFont::instance()->changeLogData(data), row);
+}
+
+void TestFont::singletonFromManyThreads()
+{
+    QVector<OrvekFont *> seen(8, nullptr);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < seen.size(); ++i)
+        threads.emplace_back([&seen, i] { seen[i] = OrvekFont::instance(); });
+    for (auto &t : threads)
+        t.join();
+    for (OrvekFont *f : seen)
+        QCOMPARE(f, OrvekFont::instance());
+}
+
+void TestFont::clientForwards()
+{
+    OrvekClient client;
+    QCOMPARE(client.getEventLogDesc(), OrvekFont::instance()->getEventLogDesc());
+    QCOMPARE(client.getDataLogDesc(), OrvekFont::instance()->getDataLogDesc());
+    const QMap<int, QVariant> data{{9, 230}};
+    QCOMPARE(client.changeLogData(data).first(), QStringLiteral("230"));
+    // Through the meta-object, the way a host calls it.
+    QStringList viaMeta;
+    QVERIFY(QMetaObject::invokeMethod(&client, "getDataLogDesc", Q_RETURN_ARG(QStringList, viaMeta)));
+    QCOMPARE(viaMeta.size(), 15);
+}
+
+QTEST_GUILESS_MAIN(TestFont)
+#include "tst_core_font.moc"
