@@ -9,7 +9,7 @@
 
 class QWidget;
 
-// Screenshots of the data and graphic pages for the documentation. Writing is
+// Screenshots of the data and graphic pages, saved to docs/screenshots. Writing is
 // opt-in (ORVEK_WRITE_SCREENSHOTS=1) so that ordinary test runs leave the
 // source tree alone.
 namespace ChartScreenshots {

@@ -1,0 +1,357 @@
+#include <QApplication>
+#include <QDir>
+#include <QScopeGuard>
+#include <QFileInfo>
+#include <QLabel>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTabWidget>
+#include <QtTest>
+
+#include "childform.h"
+#include "energyline.h"
+#include "modalclicker.h"
+#include "rateinfoform.h"
+#include "rteventform.h"
+#include "setinfoform.h"
+#include "viewsampledata.h"
+
+#if __has_include(<upssimulator.h>)
+#include <upssimulator.h>
+#define ORVEK_HAVE_SIMULATOR 1
+#endif
+
+using DataMap = QMap<int, QVariant>;
+
+namespace {
+
+// What a page currently shows, reduced to one comparable value per page.
+struct PageState {
+    QString energy;
+    int alarms;
+    DataMap rated;
+};
+
+PageState pageState(const ChildForm &form)
+{
+    return {form.energyPage->inputVoltage(), form.alarmPage->recordedAlarmCount(), form.ratePage->lastData()};
+}
+
+DataMap fullMap(bool threePhase)
+{
+#ifdef ORVEK_HAVE_SIMULATOR
+    DataMap map = UpsSimulator::profileImage(threePhase ? UpsSimulator::Profile::Three
+                                                        : UpsSimulator::Profile::Single);
+    // A couple of active alarms so that the alarm page has rows to show.
+    map[threePhase ? 2016 : 2019] = 1;
+    if (threePhase)
+        map[2023] = 1;
+    map.insert(4014, QStringLiteral("192.168.1.10"));
+    return map;
+#else
+    return ViewSampleData::deviceData(threePhase);
+#endif
+}
+
+void writeProtocol(const QString &device, int protocol)
+{
+    const QString path = SetInfoForm::configFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QSettings settings(path, QSettings::IniFormat);
+    settings.setValue(device + QStringLiteral("/protocol"), protocol);
+    settings.sync();
+}
+
+void removeDevice(const QString &device)
+{
+    QSettings settings(SetInfoForm::configFilePath(), QSettings::IniFormat);
+    settings.remove(device);
+}
+
+} // namespace
+
+class TestChildForm : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void tabsAndPages();
+    void setNameReachesPages();
+    void userLevelGatesControlPage_data();
+    void userLevelGatesControlPage();
+    void refreshReachesOnlyVisiblePage_data();
+    void refreshReachesOnlyVisiblePage();
+    void tabChangeRefreshesShownPage_data();
+    void tabChangeRefreshesShownPage();
+    void controlTabAppliesProtocol_data();
+    void controlTabAppliesProtocol();
+    void confirmedControlLeavesThroughView_data();
+    void confirmedControlLeavesThroughView();
+    void hostileDataOnEveryTab_data();
+    void hostileDataOnEveryTab();
+    void screenshots_data();
+    void screenshots();
+};
+
+void TestChildForm::initTestCase()
+{
+    qRegisterMetaType<QMap<QString, QVariant>>();
+}
+
+void TestChildForm::tabsAndPages()
+{
+    ChildForm form;
+    QCOMPARE(form.size(), QSize(741, 483));
+    QTabWidget *tabs = form.findChild<QTabWidget *>("devStacketTable");
+    QCOMPARE(tabs, form.tabs());
+    const QList<QWidget *> pages{form.energyPage, form.alarmPage, form.ratePage, form.controlPage};
+    const QStringList titles{"EnergyLine", "RT-Alarm", "Detail", "Control"};
+    QCOMPARE(tabs->count(), pages.size());
+    for (int i = 0; i < pages.size(); ++i) {
+        QCOMPARE(tabs->tabText(i), titles.at(i));
+        // The detail page sits in a scroll area; every page is owned by the view.
+        QVERIFY(tabs->widget(i)->isAncestorOf(pages.at(i)) || tabs->widget(i) == pages.at(i));
+        QVERIFY(form.isAncestorOf(pages.at(i)));
+    }
+    QVERIFY(qobject_cast<QScrollArea *>(tabs->widget(ChildForm::RateTab)));
+}
+
+void TestChildForm::setNameReachesPages()
+{
+    ChildForm form;
+    form.setName(QStringLiteral("UPS-North"));
+    QCOMPARE(form.name, QStringLiteral("UPS-North"));
+    QCOMPARE(form.alarmPage->name(), QStringLiteral("UPS-North"));
+    QCOMPARE(form.ratePage->currentName, QStringLiteral("UPS-North"));
+    QCOMPARE(form.controlPage->currentName, QStringLiteral("UPS-North"));
+}
+
+void TestChildForm::userLevelGatesControlPage_data()
+{
+    QTest::addColumn<int>("level");
+    QTest::addColumn<bool>("enabled");
+    QTest::newRow("negative") << -1 << false;
+    QTest::newRow("0") << 0 << false;
+    QTest::newRow("1") << 1 << true;
+    QTest::newRow("9") << 9 << true;
+}
+
+void TestChildForm::userLevelGatesControlPage()
+{
+    QFETCH(int, level);
+    QFETCH(bool, enabled);
+    ChildForm form;
+    // Start from the opposite state so that both directions are exercised.
+    form.setUserInfo(QStringLiteral("op"), enabled ? 0 : 1);
+    form.setUserInfo(QStringLiteral("op"), level);
+    QCOMPARE(form.controlPage->isEnabled(), enabled);
+    for (QPushButton *ok : form.controlPage->findChildren<QPushButton *>())
+        QCOMPARE(ok->isEnabled(), enabled);
+    QVERIFY(form.energyPage->isEnabled());
+    QVERIFY(form.ratePage->isEnabled());
+}
+
+void TestChildForm::refreshReachesOnlyVisiblePage_data()
+{
+    QTest::addColumn<int>("tab");
+    QTest::newRow("energy") << 0;
+    QTest::newRow("alarms") << 1;
+    QTest::newRow("detail") << 2;
+    QTest::newRow("control") << 3;
+}
+
+void TestChildForm::refreshReachesOnlyVisiblePage()
+{
+    QFETCH(int, tab);
+    ChildForm form;
+    form.tabs()->setCurrentIndex(tab);
+    QCOMPARE(form.currentTab, tab);
+    const PageState before = pageState(form);
+
+    const DataMap data = fullMap(false);
+    form.flushData(data);
+    QCOMPARE(pageState(form).rated, before.rated); // flushData alone shows nothing
+    form.refreshData();
+    const PageState after = pageState(form);
+
+    QCOMPARE(after.energy != before.energy, tab == 0);
+    QCOMPARE(after.alarms != before.alarms, tab == 1);
+    QCOMPARE(after.rated == data, tab == 2);
+}
+
+void TestChildForm::tabChangeRefreshesShownPage_data()
+{
+    QTest::addColumn<int>("tab");
+    QTest::newRow("alarms") << 1;
+    QTest::newRow("detail") << 2;
+    QTest::newRow("back to energy") << 0;
+}
+
+void TestChildForm::tabChangeRefreshesShownPage()
+{
+    QFETCH(int, tab);
+    ChildForm form;
+    form.tabs()->setCurrentIndex(3);
+    const PageState before = pageState(form);
+    const DataMap data = fullMap(true);
+    form.flushData(data);
+    form.tabs()->setCurrentIndex(tab);
+    QCOMPARE(form.currentTab, tab);
+    const PageState after = pageState(form);
+    QCOMPARE(after.energy != before.energy, tab == 0);
+    QCOMPARE(after.alarms != before.alarms, tab == 1);
+    QCOMPARE(after.rated == data, tab == 2);
+    if (tab == 2) {
+        auto *label = form.ratePage->valueLabelFor(form.ratePage->inputParams().first());
+        QVERIFY(label->text().count('/') == 2); // three-phase input voltage
+    }
+}
+
+void TestChildForm::controlTabAppliesProtocol_data()
+{
+    QTest::addColumn<int>("protocol");
+    QTest::addColumn<bool>("restartShown");
+    QTest::newRow("protocol 1") << 1 << false;
+    QTest::newRow("protocol 2") << 2 << true;
+}
+
+void TestChildForm::controlTabAppliesProtocol()
+{
+    QFETCH(int, protocol);
+    QFETCH(bool, restartShown);
+    const QString device = QStringLiteral("viewsb-childform-%1-%2").arg(protocol).arg(QCoreApplication::applicationPid());
+    writeProtocol(device, protocol);
+    ChildForm form;
+    form.setName(device);
+    auto *restart = form.controlPage->findChild<QRadioButton *>("OffSet_3");
+    QVERIFY(!restart->isHidden()); // nothing is read before the tab is shown
+    form.tabs()->setCurrentIndex(3);
+    removeDevice(device);
+    QCOMPARE(!restart->isHidden(), restartShown);
+}
+
+void TestChildForm::confirmedControlLeavesThroughView_data()
+{
+    QTest::addColumn<bool>("accept");
+    QTest::newRow("accepted") << true;
+    QTest::newRow("dismissed") << false;
+}
+
+void TestChildForm::confirmedControlLeavesThroughView()
+{
+    QFETCH(bool, accept);
+    ChildForm form;
+    form.setName(QStringLiteral("UPS-East"));
+    form.setUserInfo(QStringLiteral("admin"), 2);
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    form.tabs()->setCurrentIndex(3);
+    QSignalSpy spy(&form, &CollectView::postDEvent);
+
+    auto *discharge = form.controlPage->findChild<QRadioButton *>("DevTest_2");
+    QTest::mouseClick(discharge, Qt::LeftButton);
+    QPushButton *ok = nullptr;
+    for (QPushButton *b : form.controlPage->findChildren<QPushButton *>("btnWhite")) {
+        if (!ok || b->mapTo(&form, QPoint()).y() < ok->mapTo(&form, QPoint()).y())
+            ok = b;
+    }
+    QVERIFY(ok);
+    ModalClicker clicker(QLatin1String(accept ? "btnBlue" : "btnWhite"));
+    QTest::mouseClick(ok, Qt::LeftButton);
+    QVERIFY(clicker.clicked());
+    if (!accept) {
+        QCOMPARE(spy.count(), 0);
+        return;
+    }
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).toInt(), 1005);
+    const auto map = spy.at(0).at(1).value<QMap<QString, QVariant>>();
+    QCOMPARE(map.value("name").toString(), QStringLiteral("UPS-East"));
+    QCOMPARE(map.value("controlId").toInt(), 1005);
+    QCOMPARE(map.value("controlValue").toString(), QString());
+}
+
+void TestChildForm::hostileDataOnEveryTab_data()
+{
+    refreshReachesOnlyVisiblePage_data();
+}
+
+void TestChildForm::hostileDataOnEveryTab()
+{
+    QFETCH(int, tab);
+    ChildForm form;
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    form.tabs()->setCurrentIndex(tab);
+    form.flushData(ViewSampleData::hostileData());
+    form.refreshData();
+    QVERIFY(!form.grab().isNull()); // paints every visible page with the data
+    form.flushData(DataMap());
+    form.refreshData();
+    QCOMPARE(form.currentTab, tab);
+}
+
+void TestChildForm::screenshots_data()
+{
+    QTest::addColumn<bool>("threePhase");
+    QTest::newRow("single") << false;
+    QTest::newRow("three") << true;
+}
+
+// Renders every tab with a realistic device map into docs/screenshots.
+// Only with ORVEK_WRITE_SCREENSHOTS=1, so that ordinary runs leave the tree alone.
+void TestChildForm::screenshots()
+{
+    if (qgetenv("ORVEK_WRITE_SCREENSHOTS") != "1")
+        QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the pictures");
+    QFETCH(bool, threePhase);
+    const QString source = QString::fromLocal8Bit(qgetenv("ORVEK_SOURCE_DIR"));
+    QVERIFY2(!source.isEmpty(), "ORVEK_SOURCE_DIR not set");
+    const QString dir = source + QStringLiteral("/docs/screenshots");
+    QVERIFY(QDir().mkpath(dir));
+
+    // A desktop-sized application font (the offscreen platform defaults to
+    // 12 pt, larger than the host's usual 9 pt).
+    const QFont appFont = QApplication::font();
+    QFont desktopFont = appFont;
+    desktopFont.setPointSize(9);
+    QApplication::setFont(desktopFont);
+    auto restoreFont = qScopeGuard([&appFont] { QApplication::setFont(appFont); });
+
+    // Embedded like the host does it: a child widget keeps the default size
+    // even where a page asks for more.
+    QWidget host;
+    host.resize(741, 483);
+    auto *form = new ChildForm;
+    form->setParent(&host);
+    form->setGeometry(0, 0, 741, 483);
+    // The three-phase unit speaks the protocol with standby minutes and restart.
+    const QString device = QStringLiteral("viewsb-shot-%1-%2")
+                               .arg(QLatin1String(threePhase ? "three" : "single"))
+                               .arg(QCoreApplication::applicationPid());
+    writeProtocol(device, threePhase ? 2 : 1);
+    auto removeConfig = qScopeGuard([&device] { removeDevice(device); });
+    form->setName(device);
+    form->setUserInfo(QStringLiteral("admin"), 2);
+    host.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&host));
+    form->flushData(fullMap(threePhase));
+    const char *names[] = {"energyline", "alarm", "detail", "control"};
+    for (int tab = 0; tab < 4; ++tab) {
+        form->tabs()->setCurrentIndex(tab);
+        form->refreshData();
+        QTest::qWait(150); // one animation step of the diagram
+        const QString file = QStringLiteral("%1/childform-%2-%3.png")
+                                 .arg(dir, QLatin1String(names[tab]),
+                                      QLatin1String(threePhase ? "three" : "single"));
+        QCOMPARE(form->size(), QSize(741, 483));
+        QVERIFY(form->grab().save(file));
+    }
+}
+
+QTEST_MAIN(TestChildForm)
+#include "tst_childform.moc"

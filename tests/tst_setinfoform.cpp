@@ -1,0 +1,255 @@
+#include <QButtonGroup>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include "modalclicker.h"
+#include "setinfoform.h"
+
+namespace {
+
+const char kAccept[] = "btnBlue";
+const char kDismiss[] = "btnWhite";
+
+QString uniqueDevice(const char *tag)
+{
+    return QStringLiteral("viewsb-setinfo-%1-%2").arg(QLatin1String(tag)).arg(QCoreApplication::applicationPid());
+}
+
+// Writes (or with an invalid value removes) the protocol of one device group.
+void writeProtocol(const QString &device, const QVariant &protocol)
+{
+    const QString path = SetInfoForm::configFilePath();
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QSettings settings(path, QSettings::IniFormat);
+    settings.remove(device);
+    if (protocol.isValid())
+        settings.setValue(device + QStringLiteral("/protocol"), protocol);
+    settings.sync();
+}
+
+void removeDevice(const QString &device)
+{
+    QSettings settings(SetInfoForm::configFilePath(), QSettings::IniFormat);
+    settings.remove(device);
+}
+
+// The two "OK" buttons share the object name "btnWhite"; the test group's is the upper one.
+QPushButton *okButton(SetInfoForm &form, bool testGroup)
+{
+    QList<QPushButton *> buttons = form.findChildren<QPushButton *>(QStringLiteral("btnWhite"));
+    if (buttons.size() != 2)
+        return nullptr;
+    std::sort(buttons.begin(), buttons.end(), [](QPushButton *a, QPushButton *b) {
+        return a->mapTo(a->window(), QPoint()).y() < b->mapTo(b->window(), QPoint()).y();
+    });
+    return testGroup ? buttons.first() : buttons.last();
+}
+
+} // namespace
+
+class TestSetInfoForm : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initialState();
+    void confirmedChoiceSendsRequest_data();
+    void confirmedChoiceSendsRequest();
+    void minutesFieldInput_data();
+    void minutesFieldInput();
+    void protocolDependentRows_data();
+    void protocolDependentRows();
+    void rowsHiddenOnceStayHidden();
+    void hiddenChoiceIsNotLeftSelected();
+    void controlSlotBuildsRequest();
+};
+
+void TestSetInfoForm::initialState()
+{
+    SetInfoForm form;
+    // Renamed after the slots were connected by name: the "OK" slots must still fire
+    // (covered below); here the names a host style sheet addresses.
+    QCOMPARE(form.findChildren<QLabel *>("DevBigTitle").size(), 2);
+    QCOMPARE(form.findChildren<QPushButton *>("btnWhite").size(), 2);
+    QVERIFY(form.findChild<QRadioButton *>("DevTest_0")->isChecked());
+    QVERIFY(form.findChild<QRadioButton *>("OffSet_0")->isChecked());
+    QCOMPARE(form.findChild<QLineEdit *>("OffSet_1_Time")->text(), QStringLiteral("60"));
+    for (QLabel *title : form.findChildren<QLabel *>("DevBigTitle"))
+        QCOMPARE(title->font().pointSize(), 18);
+}
+
+void TestSetInfoForm::confirmedChoiceSendsRequest_data()
+{
+    QTest::addColumn<QString>("choice");
+    QTest::addColumn<bool>("testGroup");
+    QTest::addColumn<QString>("minutes");
+    QTest::addColumn<bool>("accept");
+    QTest::addColumn<QString>("question");
+    QTest::addColumn<int>("id");       // 0: nothing may be sent
+    QTest::addColumn<QString>("value");
+
+    QTest::newRow("self-test") << "DevTest_0" << true << "60" << true << "UPS Self-test for 10 seconds?" << 1003 << "";
+    QTest::newRow("discharge test")
+        << "DevTest_2" << true << "60" << true << "UPS Discharge test to low voltage?" << 1005 << "";
+    QTest::newRow("cancel test") << "DevTest_3" << true << "60" << true << "Cancel the UPS test?" << 1006 << "";
+    QTest::newRow("self-test dismissed") << "DevTest_0" << true << "60" << false << "UPS Self-test for 10 seconds?"
+                                         << 0 << "";
+    QTest::newRow("shutdown") << "OffSet_0" << false << "60" << true << "UPS shutdown?" << 1007 << "12";
+    QTest::newRow("standby 15 min") << "OffSet_1" << false << "15" << true << "UPS to standby?" << 1008 << "900";
+    QTest::newRow("standby empty") << "OffSet_1" << false << "" << true << "UPS to standby?" << 1008 << "0";
+    QTest::newRow("standby 9999 min")
+        << "OffSet_1" << false << "9999" << true << "UPS to standby?" << 1008 << "599940";
+    QTest::newRow("wake up") << "OffSet_2" << false << "60" << true << "UPS will wake up from standby state?" << 1013
+                             << "";
+    QTest::newRow("restart ignores minutes") << "OffSet_3" << false << "15" << true << "Restart the UPS?" << 1008
+                                             << "60";
+    QTest::newRow("standby dismissed") << "OffSet_1" << false << "15" << false << "UPS to standby?" << 0 << "";
+}
+
+void TestSetInfoForm::confirmedChoiceSendsRequest()
+{
+    QFETCH(QString, choice);
+    QFETCH(bool, testGroup);
+    QFETCH(QString, minutes);
+    QFETCH(bool, accept);
+    QFETCH(QString, question);
+    QFETCH(int, id);
+    QFETCH(QString, value);
+
+    SetInfoForm form;
+    form.setCurrentName(QStringLiteral("UPS-7"));
+    form.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&form));
+    QSignalSpy spy(&form, &SetInfoForm::postDEvent);
+
+    auto *radio = form.findChild<QRadioButton *>(choice);
+    QVERIFY(radio);
+    QTest::mouseClick(radio, Qt::LeftButton);
+    QVERIFY(radio->isChecked());
+    auto *field = form.findChild<QLineEdit *>("OffSet_1_Time");
+    field->selectAll();
+    field->del();
+    QTest::keyClicks(field, minutes);
+    QCOMPARE(field->text(), minutes);
+
+    QPushButton *ok = okButton(form, testGroup);
+    QVERIFY(ok);
+    ModalClicker clicker(QLatin1String(accept ? kAccept : kDismiss));
+    QTest::mouseClick(ok, Qt::LeftButton);
+    QVERIFY(clicker.clicked());
+    QVERIFY2(clicker.dialogTexts().contains(question), qPrintable(clicker.dialogTexts().join('|')));
+
+    if (id == 0) {
+        QCOMPARE(spy.count(), 0);
+        return;
+    }
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).toInt(), id);
+    const auto map = spy.at(0).at(1).value<QMap<QString, QVariant>>();
+    QCOMPARE(map.size(), 3);
+    QCOMPARE(map.value("name").toString(), QStringLiteral("UPS-7"));
+    QCOMPARE(map.value("controlId").toInt(), id);
+    QCOMPARE(map.value("controlValue").toString(), value);
+}
+
+void TestSetInfoForm::minutesFieldInput_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("kept");
+    QTest::newRow("digits") << "15" << "15";
+    QTest::newRow("longer than four") << "123456" << "1234";
+    QTest::newRow("letters refused") << "1a2b" << "12";
+    QTest::newRow("sign refused") << "-5" << "5";
+    QTest::newRow("blank refused") << " 7" << "7";
+}
+
+void TestSetInfoForm::minutesFieldInput()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, kept);
+    SetInfoForm form;
+    auto *field = form.findChild<QLineEdit *>("OffSet_1_Time");
+    field->clear();
+    QTest::keyClicks(field, typed);
+    QCOMPARE(field->text(), kept);
+}
+
+void TestSetInfoForm::protocolDependentRows_data()
+{
+    QTest::addColumn<QVariant>("protocol");
+    QTest::addColumn<bool>("standbyShown");
+    QTest::newRow("absent") << QVariant() << false;
+    QTest::newRow("0") << QVariant(0) << false;
+    QTest::newRow("1") << QVariant(1) << false;
+    QTest::newRow("2") << QVariant(2) << true;
+    QTest::newRow("3") << QVariant(3) << false;
+    QTest::newRow("text 2") << QVariant(QStringLiteral("2")) << true;
+    QTest::newRow("not a number") << QVariant(QStringLiteral("two")) << false;
+}
+
+void TestSetInfoForm::protocolDependentRows()
+{
+    QFETCH(QVariant, protocol);
+    QFETCH(bool, standbyShown);
+    const QString device = uniqueDevice(QTest::currentDataTag());
+    writeProtocol(device, protocol);
+
+    SetInfoForm form;
+    form.setCurrentName(device);
+    form.InitSettingFormInfo();
+    removeDevice(device);
+
+    for (const char *name : {"OffSet_1", "OffSet_1_Time", "label_5", "OffSet_3"})
+        QVERIFY2(form.findChild<QWidget *>(name)->isHidden() == !standbyShown, name);
+    for (const char *name : {"OffSet_0", "OffSet_2", "DevTest_0", "DevTest_2", "DevTest_3"})
+        QVERIFY2(!form.findChild<QWidget *>(name)->isHidden(), name);
+}
+
+void TestSetInfoForm::rowsHiddenOnceStayHidden()
+{
+    const QString device = uniqueDevice("switch");
+    SetInfoForm form;
+    form.setCurrentName(device);
+    writeProtocol(device, 1);
+    form.InitSettingFormInfo();
+    writeProtocol(device, 2);
+    form.InitSettingFormInfo();
+    removeDevice(device);
+    QVERIFY(form.findChild<QWidget *>("OffSet_1")->isHidden());
+    QVERIFY(form.findChild<QWidget *>("OffSet_3")->isHidden());
+}
+
+void TestSetInfoForm::hiddenChoiceIsNotLeftSelected()
+{
+    const QString device = uniqueDevice("checked");
+    SetInfoForm form;
+    form.setCurrentName(device);
+    form.findChild<QRadioButton *>("OffSet_3")->setChecked(true);
+    writeProtocol(device, 0);
+    form.InitSettingFormInfo();
+    removeDevice(device);
+    QVERIFY(form.findChild<QRadioButton *>("OffSet_0")->isChecked());
+}
+
+void TestSetInfoForm::controlSlotBuildsRequest()
+{
+    SetInfoForm form;
+    QSignalSpy spy(&form, &SetInfoForm::postDEvent);
+    form.control(5, QStringLiteral("1"));
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(spy.at(0).at(0).toInt(), 5);
+    const auto map = spy.at(0).at(1).value<QMap<QString, QVariant>>();
+    QCOMPARE(map.keys(), (QStringList{"controlId", "controlValue", "name"}));
+    QCOMPARE(map.value("name").toString(), QString()); // no name given yet
+}
+
+QTEST_MAIN(TestSetInfoForm)
+#include "tst_setinfoform.moc"
