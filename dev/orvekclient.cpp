@@ -14,7 +14,7 @@
 #include "childform.h"
 #endif
 
-Q_LOGGING_CATEGORY(lcOrvekClient, "orvek.client")
+Q_LOGGING_CATEGORY(lcOrvekClient, "orvek.client", QtInfoMsg)
 
 namespace {
 

@@ -1,0 +1,187 @@
+#include "consolemonitor.h"
+
+#include <QFileDevice>
+#include <QIODevice>
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <unistd.h>
+
+#include "consolecommand.h"
+#include "devicehost.h"
+#include "devicesession.h"
+#include "eventtypes.h"
+#include "logwriter.h"
+
+namespace {
+
+constexpr int kReadChunk = 4096;
+constexpr int kMaxLineBytes = 4096;
+// Column of the data-log row that names the output source.
+constexpr int kOutputModeColumn = 9;
+const char kNoValue[] = "-";
+
+QString number(const QMap<int, QVariant> &data, int id)
+{
+    bool ok = false;
+    const int value = data.value(id).toInt(&ok);
+    return ok ? QString::number(value) : QString::fromLatin1(kNoValue);
+}
+
+// One value, or R/S/T when the phase count says three phases.
+QString phases(const QMap<int, QVariant> &data, int phaseCountId, int firstId)
+{
+    bool ok = false;
+    const bool three = data.value(phaseCountId).toInt(&ok) == DataPoint::ThreePhases && ok;
+    if (!three)
+        return number(data, firstId);
+    return QStringLiteral("%1/%2/%3").arg(number(data, firstId), number(data, firstId + 1), number(data, firstId + 2));
+}
+
+QString stateText(const DeviceStatus &status)
+{
+    switch (status.state) {
+    case DeviceStatus::State::Communicating:
+        return ConsoleMonitor::tr("communicating");
+    case DeviceStatus::State::Lost:
+        return ConsoleMonitor::tr("lost");
+    case DeviceStatus::State::Unknown:
+        break;
+    }
+    return ConsoleMonitor::tr("connecting");
+}
+
+} // namespace
+
+ConsoleMonitor::ConsoleMonitor(DeviceHost *host, QIODevice *out, QObject *parent)
+    : QObject(parent)
+    , m_host(host)
+    , m_out(out)
+{
+    connect(&m_statusTimer, &QTimer::timeout, this, &ConsoleMonitor::printStatus);
+    connect(m_host, &DeviceHost::eventLogged, this, &ConsoleMonitor::onEventLogged);
+}
+
+void ConsoleMonitor::startStatus(int periodMs)
+{
+    m_statusTimer.start(periodMs);
+}
+
+void ConsoleMonitor::readCommands(int fd)
+{
+    m_fd = fd;
+    m_notifier = new QSocketNotifier(fd, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, &ConsoleMonitor::onReadable);
+}
+
+void ConsoleMonitor::onReadable()
+{
+    char buffer[kReadChunk];
+    const ssize_t got = ::read(m_fd, buffer, sizeof buffer);
+    if (got < 0) {
+        if (errno != EAGAIN && errno != EINTR)
+            m_notifier->setEnabled(false);
+        return;
+    }
+    if (got == 0) {
+        m_notifier->setEnabled(false);
+        if (::isatty(m_fd))
+            emit quitRequested(); // Ctrl-D at the terminal
+        return;
+    }
+    m_pending.append(buffer, int(got));
+    int end;
+    while ((end = m_pending.indexOf('\n')) >= 0) {
+        const QByteArray line = m_pending.left(end);
+        m_pending.remove(0, end + 1);
+        executeLine(QString::fromUtf8(line));
+    }
+    if (m_pending.size() > kMaxLineBytes)
+        m_pending.clear(); // no command is that long
+}
+
+void ConsoleMonitor::executeLine(const QString &line)
+{
+    const ConsoleCommand command = ConsoleCommand::parse(line, m_host->deviceNames());
+    switch (command.kind) {
+    case ConsoleCommand::Kind::Empty:
+        break;
+    case ConsoleCommand::Kind::Status:
+        print(statusBlock());
+        break;
+    case ConsoleCommand::Kind::Help:
+        print(ConsoleCommand::helpText());
+        break;
+    case ConsoleCommand::Kind::Quit:
+        emit quitRequested();
+        break;
+    case ConsoleCommand::Kind::Invalid:
+        print(tr("error: %1").arg(command.error));
+        break;
+    case ConsoleCommand::Kind::Control:
+        if (DeviceSession *session = m_host->session(command.device)) {
+            session->requestControl(command.controlId, command.value);
+            print(tr("%1: request %2 \"%3\" sent").arg(command.device).arg(command.controlId).arg(command.value));
+        }
+        break;
+    }
+}
+
+QString ConsoleMonitor::statusBlock() const
+{
+    const QList<DeviceSession *> sessions = m_host->sessions();
+    int communicating = 0;
+    QStringList lines;
+    for (const DeviceSession *session : sessions) {
+        if (session->status().state == DeviceStatus::State::Communicating)
+            ++communicating;
+        lines << QStringLiteral("  ") + deviceLine(session);
+    }
+    const QString head = tr("== %1  %n device(s), %2 communicating ==", "", sessions.size())
+                             .arg(LogWriter::timeText(QDateTime::currentDateTime()))
+                             .arg(communicating);
+    return (QStringList{head} + lines).join(QLatin1Char('\n'));
+}
+
+QString ConsoleMonitor::deviceLine(const DeviceSession *session)
+{
+    const DeviceStatus status = session->status();
+    const QMap<int, QVariant> data = session->latestData();
+    QStringList fields;
+    fields << status.name << stateText(status);
+    fields << (status.model.isEmpty() ? QString::fromLatin1(kNoValue) : status.model);
+    if (data.isEmpty()) {
+        fields << tr("no data yet");
+        return fields.join(QStringLiteral("  "));
+    }
+    const QString source = session->dataLogRow(data).value(kOutputModeColumn);
+    const QStringList alarms = session->activeAlarms();
+    fields << (source.isEmpty() ? QString::fromLatin1(kNoValue) : source)
+           << tr("in %1 V").arg(phases(data, DataPoint::InputPhases, DataPoint::InputVoltage))
+           << tr("out %1 V").arg(phases(data, DataPoint::OutputPhases, DataPoint::OutputVoltage))
+           << tr("load %1 %").arg(phases(data, DataPoint::OutputPhases, DataPoint::OutputLoad))
+           << tr("battery %1 %").arg(number(data, DataPoint::BatteryCapacity))
+           << tr("alarms: %1").arg(alarms.isEmpty() ? tr("none") : alarms.join(QStringLiteral("; ")));
+    return fields.join(QStringLiteral("  "));
+}
+
+void ConsoleMonitor::printStatus()
+{
+    print(statusBlock());
+}
+
+void ConsoleMonitor::onEventLogged(QDateTime time, QString device, int type, QString text)
+{
+    Q_UNUSED(type)
+    print(QStringLiteral("%1  %2  %3").arg(LogWriter::timeText(time), device, text));
+}
+
+void ConsoleMonitor::print(const QString &text)
+{
+    if (!m_out)
+        return;
+    m_out->write(text.toUtf8());
+    m_out->write("\n");
+    if (auto *file = qobject_cast<QFileDevice *>(m_out))
+        file->flush();
+}

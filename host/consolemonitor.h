@@ -1,0 +1,55 @@
+#ifndef CONSOLEMONITOR_H
+#define CONSOLEMONITOR_H
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+class DeviceHost;
+class DeviceSession;
+class QIODevice;
+class QSocketNotifier;
+
+// The headless face of the host: prints a compact status block of every
+// device every few seconds and each logged event as a line, and takes
+// control commands line by line (see ConsoleCommand).
+class ConsoleMonitor : public QObject
+{
+    Q_OBJECT
+public:
+    static constexpr int DefaultStatusPeriodMs = 5000;
+
+    ConsoleMonitor(DeviceHost *host, QIODevice *out, QObject *parent = nullptr);
+
+    void startStatus(int periodMs = DefaultStatusPeriodMs);
+    // Reads commands from a file descriptor (stdin) as lines arrive. End of
+    // input at a terminal quits; on a pipe or file it only stops reading.
+    void readCommands(int fd);
+
+    QString statusBlock() const;
+    static QString deviceLine(const DeviceSession *session);
+    // Runs one command line; its answer goes to the output.
+    void executeLine(const QString &line);
+
+signals:
+    void quitRequested();
+
+private slots:
+    void printStatus();
+    void onEventLogged(QDateTime time, QString device, int type, QString text);
+    void onReadable();
+
+private:
+    void print(const QString &text);
+
+    DeviceHost *m_host;
+    QIODevice *m_out;
+    QTimer m_statusTimer;
+    QSocketNotifier *m_notifier = nullptr;
+    QByteArray m_pending;
+    int m_fd = -1;
+};
+
+#endif // CONSOLEMONITOR_H

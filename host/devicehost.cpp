@@ -1,0 +1,170 @@
+#include "devicehost.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <iterator>
+
+#include "devicesession.h"
+#include "eventformatter.h"
+#include "eventtypes.h"
+#include "hostlogging.h"
+#include "pluginhost.h"
+
+namespace {
+constexpr unsigned long kWaitSliceMs = 200;
+const char kKeyAlarmId[] = "alarmId";
+// Rights levels offered at log-in, by level.
+const char *const kRoleNames[] = {"viewer", "operator"};
+} // namespace
+
+DeviceHost::DeviceHost(const QString &logFolder, QObject *parent)
+    : QObject(parent)
+    , m_plugins(new PluginHost(this))
+    , m_logs(logFolder)
+{
+}
+
+DeviceHost::~DeviceHost()
+{
+    shutdown();
+}
+
+int DeviceHost::loadPlugins(const QString &folder)
+{
+    return m_plugins->loadFolder(folder);
+}
+
+int DeviceHost::startDevices(const QList<DeviceEntry> &entries)
+{
+    int started = 0;
+    for (const DeviceEntry &entry : entries) {
+        CollectThread *factory = m_plugins->factory(entry.plugin);
+        if (!factory) {
+            qCWarning(lcHost) << "no plug-in" << entry.plugin << "for" << entry.name;
+            continue;
+        }
+        if (addDevice(factory, entry.name))
+            ++started;
+    }
+    return started;
+}
+
+DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name)
+{
+    if (session(name)) {
+        qCWarning(lcHost) << "device already running" << name;
+        return nullptr;
+    }
+    DeviceSession *s = DeviceSession::create(factory, name, this);
+    if (!s)
+        return nullptr;
+    connect(s, &DeviceSession::eventReceived, this, &DeviceHost::onEventReceived);
+    connect(s, &DeviceSession::dataReceived, this, &DeviceHost::onDataReceived);
+    if (!m_userName.isEmpty())
+        s->setUserInfo(m_userName, m_userLevel);
+    m_sessions << s;
+    s->start();
+    emit sessionsChanged();
+    return s;
+}
+
+DeviceSession *DeviceHost::session(const QString &name) const
+{
+    for (DeviceSession *s : m_sessions) {
+        if (s->name() == name)
+            return s;
+    }
+    return nullptr;
+}
+
+QStringList DeviceHost::deviceNames() const
+{
+    QStringList names;
+    for (DeviceSession *s : m_sessions)
+        names << s->name();
+    return names;
+}
+
+void DeviceHost::setUserInfo(const QString &user, int level)
+{
+    m_userName = user;
+    m_userLevel = level;
+    for (DeviceSession *s : qAsConst(m_sessions))
+        s->setUserInfo(user, level);
+}
+
+QString DeviceHost::roleName(int level)
+{
+    return QLatin1String(kRoleNames[qBound(0, level, int(std::size(kRoleNames)) - 1)]);
+}
+
+void DeviceHost::onEventReceived(int type, QMap<QString, QVariant> map)
+{
+    auto *s = qobject_cast<DeviceSession *>(sender());
+    if (!s)
+        return;
+    emit deviceEvent(s->name(), type);
+    const QString text = EventFormatter::text(type, map, s->eventTexts());
+    if (text.isEmpty() || repeatsAlarm(s->name(), type, map))
+        return;
+    const QDateTime now = QDateTime::currentDateTime();
+    m_logs.writeEvent(now, s->name(), type, text);
+    emit eventLogged(now, s->name(), type, text);
+}
+
+bool DeviceHost::repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map)
+{
+    // Input fault (2009) and battery low (2010) follow the general alarm
+    // event (2006) of the same change with the same alarm id: log it once.
+    bool ok = false;
+    const int id = map.value(QLatin1String(kKeyAlarmId)).toInt(&ok);
+    const bool specific = type == EventType::InputFault || type == EventType::BatteryLow;
+    if (specific && ok && id == m_lastAlarmId.value(device, -1))
+        return true;
+    m_lastAlarmId.insert(device, type == EventType::Alarm && ok ? id : -1);
+    return false;
+}
+
+void DeviceHost::onDataReceived(QMap<int, QVariant> data)
+{
+    auto *s = qobject_cast<DeviceSession *>(sender());
+    if (!s)
+        return;
+    m_logs.writeDataRow(QDateTime::currentDateTime(), s->name(), s->dataLogHeader(), s->dataLogRow(data));
+    emit dataLogged(s->name());
+}
+
+void DeviceHost::shutdown(const StopProgress &progress)
+{
+    if (m_shuttingDown || m_sessions.isEmpty())
+        return;
+    m_shuttingDown = true;
+    // All at once, so that the waits overlap: the whole stop takes as long
+    // as the slowest client, not the sum.
+    for (DeviceSession *s : qAsConst(m_sessions))
+        s->requestStop();
+    for (;;) {
+        QStringList running;
+        for (DeviceSession *s : qAsConst(m_sessions)) {
+            if (!s->waitStopped(0))
+                running << s->name();
+        }
+        if (running.isEmpty())
+            break;
+        if (progress)
+            progress(running);
+        for (DeviceSession *s : qAsConst(m_sessions)) {
+            if (s->isRunning()) {
+                s->waitStopped(kWaitSliceMs);
+                break;
+            }
+        }
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    }
+    // Every thread has ended: now the clients (and their views) can go.
+    const QList<DeviceSession *> sessions = m_sessions;
+    m_sessions.clear();
+    emit sessionsChanged();
+    qDeleteAll(sessions);
+    m_shuttingDown = false;
+}

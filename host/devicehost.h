@@ -1,0 +1,87 @@
+#ifndef DEVICEHOST_H
+#define DEVICEHOST_H
+
+#include <QDateTime>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+#include <functional>
+
+#include "deviceconfig.h"
+#include "logwriter.h"
+
+class CollectThread;
+class DeviceSession;
+class PluginHost;
+
+// The host's core, shared by the window and the console monitor: loads the
+// plug-ins, runs one session per configured device, writes the event and
+// data logs and stops everything in order at the end.
+class DeviceHost : public QObject
+{
+    Q_OBJECT
+public:
+    // Longest a client can take to notice quit(): a tick in a connection
+    // attempt pauses 5 s and then waits up to 30 s for the connection.
+    static constexpr int StopBoundSeconds = 35;
+
+    explicit DeviceHost(const QString &logFolder, QObject *parent = nullptr);
+    ~DeviceHost() override;
+
+    int loadPlugins(const QString &folder);
+    PluginHost *plugins() const { return m_plugins; }
+    LogWriter &logs() { return m_logs; }
+
+    // Creates and starts a session per entry (the plug-in named by the entry,
+    // or the first one); returns how many were started.
+    int startDevices(const QList<DeviceEntry> &entries);
+    // Creates and starts one session from that factory; null when the name
+    // is taken or the factory makes no client.
+    DeviceSession *addDevice(CollectThread *factory, const QString &name);
+    QList<DeviceSession *> sessions() const { return m_sessions; }
+    DeviceSession *session(const QString &name) const;
+    QStringList deviceNames() const;
+
+    // The logged-in user, handed to every view (level 0 viewer, 1 operator).
+    void setUserInfo(const QString &user, int level);
+    // The user name the host logs in with for a rights level.
+    static QString roleName(int level);
+    QString userName() const { return m_userName; }
+    int userLevel() const { return m_userLevel; }
+
+    // Quits every client, waits for all of them and deletes them. progress is
+    // called about every 200 ms with the devices still running; events keep
+    // being processed meanwhile.
+    using StopProgress = std::function<void(const QStringList &stillRunning)>;
+    void shutdown(const StopProgress &progress = StopProgress());
+    bool isShuttingDown() const { return m_shuttingDown; }
+
+signals:
+    // An event with a text, as written to the event log.
+    void eventLogged(QDateTime time, QString device, int type, QString text);
+    // Any event of a device (for status refreshes).
+    void deviceEvent(QString device, int type);
+    void dataLogged(QString device);
+    void sessionsChanged();
+
+private slots:
+    void onEventReceived(int type, QMap<QString, QVariant> map);
+    void onDataReceived(QMap<int, QVariant> data);
+
+private:
+    bool repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map);
+
+    PluginHost *m_plugins;
+    LogWriter m_logs;
+    QList<DeviceSession *> m_sessions;
+    QString m_userName;
+    int m_userLevel = 0;
+    bool m_shuttingDown = false;
+    // Per device the alarm id of the last 2006 logged; -1 after anything else.
+    QMap<QString, int> m_lastAlarmId;
+};
+
+#endif // DEVICEHOST_H

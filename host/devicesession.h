@@ -1,0 +1,97 @@
+#ifndef DEVICESESSION_H
+#define DEVICESESSION_H
+
+#include <QMap>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include "collectview.h"
+
+class CollectThread;
+
+
+// What the device list shows of one device, read from the client's upsInfo.
+struct DeviceStatus
+{
+    enum class State { Unknown, Communicating, Lost };
+
+    QString name;
+    State state = State::Unknown;
+    QString model;       // upsIdentModel without padding
+    int load = -1;       // upsLoad, % (-1: not known)
+    QString portInfo;
+    bool alarmActive = false;
+};
+
+// One device: its client (a thread of its own), its view, and the routing
+// between them. Requests from the view come back through the client's
+// postDEvent and go to the client's control(); decoded data goes to the view.
+// The session owns the client; the client owns the view.
+class DeviceSession : public QObject
+{
+    Q_OBJECT
+public:
+    // Asks the factory for a client in the host's order: create, name,
+    // loadConfig, getView. Null when the factory yields no client. The thread
+    // is not started yet.
+    static DeviceSession *create(CollectThread *factory, const QString &name, QObject *parent = nullptr);
+    ~DeviceSession() override;
+
+    QString name() const { return m_name; }
+    CollectThread *client() const { return m_client; }
+    CollectView *view() const { return m_view; }
+
+    void start();
+    // Asks the client's event loop to end; the current tick finishes first.
+    void requestStop();
+    // Waits up to ms for the thread to end; true when it is not running.
+    bool waitStopped(unsigned long ms);
+    bool isRunning() const;
+
+    // Reads upsInfo under the client's mutex.
+    DeviceStatus status() const;
+    // The data points of the latest decoded measurement answer.
+    QMap<int, QVariant> latestData() const { return m_latestData; }
+    // True once the view has been given measurements, alarm states and the
+    // identity: a whole polling rotation has reached it.
+    bool hasFullPicture() const;
+    // Texts of the alarms active in the latest data.
+    QStringList activeAlarms() const;
+
+    QStringList eventTexts() const { return m_eventTexts; }
+    QStringList dataLogHeader() const { return m_dataLogHeader; }
+    QStringList dataLogRow(const QMap<int, QVariant> &data) const;
+
+    // Asks for a control command exactly as the view's widgets do.
+    void requestControl(int controlId, const QString &value);
+    void setUserInfo(const QString &user, int level);
+
+    // The model text of an identity block: up to the first NUL, trimmed.
+    static QString identityText(const QVariant &value);
+    static bool alarmsActive(const QMap<int, QVariant> &data);
+
+signals:
+    // Every event of the client, after it was routed.
+    void eventReceived(int type, QMap<QString, QVariant> map);
+    // A measurement answer with the whole data point map.
+    void dataReceived(QMap<int, QVariant> data);
+
+private slots:
+    void onPostDEvent(int type, QMap<QString, QVariant> map);
+
+private:
+    DeviceSession(CollectThread *client, const QString &name, QObject *parent);
+    void stopAndWait();
+
+    QString m_name;
+    CollectThread *m_client = nullptr;
+    QPointer<CollectView> m_view;
+    QStringList m_eventTexts;
+    QStringList m_dataLogHeader;
+    QMap<int, QVariant> m_latestData;
+};
+
+#endif // DEVICESESSION_H

@@ -1,0 +1,156 @@
+// orvek-host: loads the device plug-ins, runs one client per device group of
+// dev.ini and shows them in a window or, without a display, on the console.
+#include <QApplication>
+#include <QDir>
+#include <QFile>
+#include <QFont>
+#include <QTimer>
+
+#include <cstdio>
+#include <unistd.h>
+
+#include "consolemonitor.h"
+#include "deviceconfig.h"
+#include "devicehost.h"
+#include "hostoptions.h"
+#include "mainwindow.h"
+#include "pluginhost.h"
+#include "quitonsignal.h"
+
+namespace {
+
+constexpr int kScreenshotTimeoutMs = 60000;
+constexpr int kOffscreenFontPointSize = 9; // the offscreen platform defaults to 12 pt
+
+void printLine(FILE *stream, const QString &text)
+{
+    std::fprintf(stream, "%s\n", text.toLocal8Bit().constData());
+    std::fflush(stream);
+}
+
+int addDevices(const HostOptions &options)
+{
+    DeviceConfig config;
+    for (const auto &addition : options.additions) {
+        DeviceEntry entry = config.device(addition.first);
+        entry.name = addition.first;
+        if (!DeviceConfig::parseEndpoint(addition.second, &entry.ipAddr, &entry.port)) {
+            printLine(stderr, QApplication::translate("main", "invalid HOST:PORT \"%1\"").arg(addition.second));
+            return 2;
+        }
+        if (options.interval >= 0)
+            entry.interval = options.interval;
+        if (options.retries >= 0)
+            entry.retries = options.retries;
+        QString error;
+        if (!config.save(entry, &error)) {
+            printLine(stderr, error);
+            return 1;
+        }
+        printLine(stdout, QApplication::translate("main", "%1 -> %2:%3 in %4")
+                              .arg(entry.name, entry.ipAddr)
+                              .arg(entry.port)
+                              .arg(QDir::toNativeSeparators(config.path())));
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+    QCoreApplication::setApplicationName(QStringLiteral("orvek-host"));
+    const HostOptions options = HostOptions::parse(arguments);
+    if (!options.ok) {
+        printLine(stderr, options.error);
+        return 2;
+    }
+    if (options.helpRequested) {
+        QCoreApplication app(argc, argv);
+        printLine(stdout, HostOptions::helpText());
+        return 0;
+    }
+    if (!options.additions.isEmpty()) {
+        QCoreApplication app(argc, argv); // for the application's folder
+        return addDevices(options);
+    }
+
+    const bool noDisplay = HostOptions::displayMissing();
+    const bool headless = options.headless || (noDisplay && options.screenshotFile.isEmpty());
+    // A console monitor or a picture needs no display at all.
+    if ((headless || noDisplay) && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    if (QGuiApplication::platformName() == QLatin1String("offscreen")) {
+        QFont font = QApplication::font();
+        font.setPointSize(kOffscreenFontPointSize);
+        QApplication::setFont(font);
+    }
+
+    const DeviceConfig config;
+    DeviceHost host(config.logFolder());
+    const QString pluginFolder = options.pluginFolder.isEmpty() ? PluginHost::defaultFolder() : options.pluginFolder;
+    if (host.loadPlugins(pluginFolder) == 0) {
+        printLine(stderr, QApplication::translate("main", "no device plug-in (%1) found in %2")
+                              .arg(QLatin1String(PluginHost::kInterfaceId), pluginFolder));
+        return 1;
+    }
+    host.setUserInfo(DeviceHost::roleName(options.userLevel), options.userLevel);
+    const QList<DeviceEntry> devices = config.devices();
+    if (devices.isEmpty())
+        printLine(stderr, QApplication::translate("main", "no devices in %1; add one with --add NAME HOST:PORT")
+                              .arg(QDir::toNativeSeparators(config.path())));
+    host.startDevices(devices);
+
+    QFile out;
+    out.open(stdout, QIODevice::WriteOnly);
+    ConsoleMonitor *monitor = nullptr;
+    MainWindow *window = nullptr;
+    if (headless) {
+        monitor = new ConsoleMonitor(&host, &out, &app);
+        QObject::connect(monitor, &ConsoleMonitor::quitRequested, &app, &QCoreApplication::quit);
+        monitor->startStatus();
+        monitor->readCommands(STDIN_FILENO);
+        printLine(stdout, QApplication::translate("main", "%1 device(s); type help for commands")
+                              .arg(host.sessions().size()));
+    } else {
+        window = new MainWindow(&host);
+        window->show();
+        if (!options.screenshotFile.isEmpty()) {
+            QObject::connect(window, &MainWindow::screenshotDone, &app, [&app](bool saved, const QString &file) {
+                printLine(saved ? stdout : stderr,
+                          saved ? QApplication::translate("main", "saved %1").arg(file)
+                                : QApplication::translate("main", "cannot save %1").arg(file));
+                app.exit(saved ? 0 : 1);
+            });
+            window->saveScreenshotWhenReady(options.screenshotFile, kScreenshotTimeoutMs);
+        }
+    }
+
+    // A signal or the end of --duration ends the program like closing the
+    // window does, so the window tells what it is waiting for.
+    const auto stop = [&app, window] {
+        if (window && window->isVisible())
+            window->close();
+        else
+            app.quit();
+    };
+    QuitOnSignal quitOnSignal;
+    QObject::connect(&quitOnSignal, &QuitOnSignal::signalled, &app, stop);
+    if (options.durationSeconds >= 0)
+        QTimer::singleShot(options.durationSeconds * 1000, Qt::PreciseTimer, &app, stop);
+
+    const int result = app.exec();
+    if (!host.sessions().isEmpty()) {
+        printLine(stderr, QApplication::translate("main", "stopping %1 device(s); a device in a connection attempt "
+                                                          "can take up to %2 s")
+                              .arg(host.sessions().size())
+                              .arg(DeviceHost::StopBoundSeconds));
+    }
+    host.shutdown();
+    delete window; // after the clients, which own the views shown in it
+    return result;
+}

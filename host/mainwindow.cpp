@@ -1,0 +1,297 @@
+#include "mainwindow.h"
+#include "ui_mainwindow.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPainter>
+#include <QPixmap>
+
+#include "collectview.h"
+#include "devicehost.h"
+#include "eventtypes.h"
+#include "hostlogging.h"
+#include "logwriter.h"
+
+namespace {
+
+enum DeviceColumn { ColName, ColState, ColModel, ColLoad, ColAddress };
+enum EventColumn { ColTime, ColDevice, ColText };
+
+constexpr int kNameRole = Qt::UserRole;
+constexpr int kColourRole = Qt::UserRole + 1;
+constexpr int kDotSize = 12;
+constexpr int kScreenshotPollMs = 250;
+constexpr int kDevicePaneWidth = 620;
+constexpr int kEventPaneHeight = 170;
+
+const QColor kCommunicating(0x2e, 0xa0, 0x43);
+const QColor kLost(0xd3, 0x2f, 0x2f);
+const QColor kUndecided(0x9e, 0x9e, 0x9e);
+const QColor kAlarm(0xf5, 0x8c, 0x00);
+
+QIcon dotIcon(const QColor &colour)
+{
+    QPixmap pixmap(kDotSize, kDotSize);
+    pixmap.fill(Qt::transparent);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(colour.darker(130));
+    painter.setBrush(colour);
+    painter.drawEllipse(QRectF(0.5, 0.5, kDotSize - 1.0, kDotSize - 1.0));
+    return QIcon(pixmap);
+}
+
+} // namespace
+
+MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
+    : QMainWindow(parent)
+    , ui(new Ui::MainWindow)
+    , m_host(host)
+    , m_devicesLabel(new QLabel(this))
+    , m_communicatingLabel(new QLabel(this))
+    , m_lastEventLabel(new QLabel(this))
+{
+    ui->setupUi(this);
+    statusBar()->addWidget(m_devicesLabel);
+    statusBar()->addWidget(m_communicatingLabel);
+    statusBar()->addWidget(m_lastEventLabel, 1);
+    ui->topSplitter->setStretchFactor(0, 0);
+    ui->topSplitter->setStretchFactor(1, 1);
+    ui->topSplitter->setSizes({kDevicePaneWidth, width() - kDevicePaneWidth});
+    ui->mainSplitter->setStretchFactor(0, 1);
+    ui->mainSplitter->setStretchFactor(1, 0);
+    ui->mainSplitter->setSizes({height() - kEventPaneHeight, kEventPaneHeight});
+    // Few rows: columns fit their contents, the last one takes the rest.
+    ui->deviceTree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    ui->deviceTree->header()->setStretchLastSection(true);
+    ui->eventTable->header()->setSectionResizeMode(ColTime, QHeaderView::ResizeToContents);
+    ui->eventTable->header()->setSectionResizeMode(ColDevice, QHeaderView::ResizeToContents);
+    ui->eventTable->header()->setStretchLastSection(true);
+    m_lastEventLabel->setText(tr("No events yet"));
+
+    ui->userLevelCombo->setCurrentIndex(qBound(0, host->userLevel(), ui->userLevelCombo->count() - 1));
+    connect(ui->userLevelCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &MainWindow::onUserLevelChanged);
+    connect(ui->deviceTree, &QTreeWidget::currentItemChanged, this, &MainWindow::onCurrentDeviceChanged);
+    connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
+    connect(m_host, &DeviceHost::sessionsChanged, this, &MainWindow::syncDevices);
+    connect(m_host, &DeviceHost::eventLogged, this, &MainWindow::addEvent);
+    connect(m_host, &DeviceHost::dataLogged, this, &MainWindow::refreshDevices);
+    connect(m_host, &DeviceHost::deviceEvent, this, [this](const QString &, int type) {
+        if (type == EventType::Restored || type == EventType::Lost || type == EventType::State)
+            refreshDevices();
+    });
+    connect(&m_refreshTimer, &QTimer::timeout, this, &MainWindow::refreshDevices);
+    connect(&m_screenshotTimer, &QTimer::timeout, this, &MainWindow::checkScreenshot);
+
+    syncDevices();
+    m_refreshTimer.start(RefreshPeriodMs);
+}
+
+MainWindow::~MainWindow()
+{
+    detachViews();
+    delete ui;
+}
+
+void MainWindow::detachViews()
+{
+    // The views are the clients' to delete: hand them back before the stack
+    // (their parent here) goes.
+    for (const QPointer<QWidget> &view : qAsConst(m_views)) {
+        if (view) {
+            ui->viewStack->removeWidget(view);
+            view->setParent(nullptr);
+        }
+    }
+    m_views.clear();
+}
+
+QTreeWidgetItem *MainWindow::deviceItem(const QString &name) const
+{
+    for (int i = 0; i < ui->deviceTree->topLevelItemCount(); ++i) {
+        QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
+        if (item->data(ColName, kNameRole).toString() == name)
+            return item;
+    }
+    return nullptr;
+}
+
+void MainWindow::syncDevices()
+{
+    const QStringList names = m_host->deviceNames();
+    // Devices that went away: drop their rows and give their views back.
+    for (int i = ui->deviceTree->topLevelItemCount() - 1; i >= 0; --i) {
+        QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
+        const QString name = item->data(ColName, kNameRole).toString();
+        if (names.contains(name))
+            continue;
+        QPointer<QWidget> view = m_views.take(name);
+        if (view) {
+            ui->viewStack->removeWidget(view);
+            view->setParent(nullptr);
+        }
+        delete item;
+    }
+    for (DeviceSession *session : m_host->sessions()) {
+        if (deviceItem(session->name()))
+            continue;
+        auto *item = new QTreeWidgetItem(ui->deviceTree);
+        item->setText(ColName, session->name());
+        item->setData(ColName, kNameRole, session->name());
+        if (CollectView *view = session->view()) {
+            ui->viewStack->addWidget(view);
+            m_views.insert(session->name(), view);
+        }
+    }
+    if (!ui->deviceTree->currentItem() && ui->deviceTree->topLevelItemCount() > 0)
+        ui->deviceTree->setCurrentItem(ui->deviceTree->topLevelItem(0));
+    refreshDevices();
+}
+
+void MainWindow::refreshDevices()
+{
+    int communicating = 0;
+    const QList<DeviceSession *> sessions = m_host->sessions();
+    for (DeviceSession *session : sessions) {
+        QTreeWidgetItem *item = deviceItem(session->name());
+        if (!item)
+            continue;
+        const DeviceStatus status = session->status();
+        if (status.state == DeviceStatus::State::Communicating)
+            ++communicating;
+        const QColor colour = stateColour(status);
+        if (item->data(ColName, kColourRole).value<QColor>() != colour) {
+            item->setIcon(ColName, dotIcon(colour));
+            item->setData(ColName, kColourRole, colour);
+        }
+        item->setText(ColState, stateText(status));
+        item->setText(ColModel, status.model);
+        item->setText(ColLoad, status.load >= 0 ? tr("%1 %").arg(status.load) : QString());
+        item->setText(ColAddress, status.portInfo);
+        const QStringList alarms = session->activeAlarms();
+        item->setToolTip(ColName, alarms.isEmpty() ? status.portInfo
+                                                   : tr("Active alarms:\n%1").arg(alarms.join(QLatin1Char('\n'))));
+    }
+    m_devicesLabel->setText(tr("Devices: %1").arg(sessions.size()));
+    m_communicatingLabel->setText(tr("Communicating: %1").arg(communicating));
+}
+
+QColor MainWindow::stateColour(const DeviceStatus &status)
+{
+    switch (status.state) {
+    case DeviceStatus::State::Lost:
+        return kLost;
+    case DeviceStatus::State::Communicating:
+        return status.alarmActive ? kAlarm : kCommunicating;
+    case DeviceStatus::State::Unknown:
+        break;
+    }
+    return kUndecided;
+}
+
+QString MainWindow::stateText(const DeviceStatus &status)
+{
+    switch (status.state) {
+    case DeviceStatus::State::Lost:
+        return tr("Communication lost");
+    case DeviceStatus::State::Communicating:
+        return status.alarmActive ? tr("Alarm") : tr("Communicating");
+    case DeviceStatus::State::Unknown:
+        break;
+    }
+    return tr("Connecting");
+}
+
+QColor MainWindow::deviceColour(const QString &name) const
+{
+    const QTreeWidgetItem *item = deviceItem(name);
+    return item ? item->data(ColName, kColourRole).value<QColor>() : QColor();
+}
+
+void MainWindow::selectDevice(const QString &name)
+{
+    if (QTreeWidgetItem *item = deviceItem(name))
+        ui->deviceTree->setCurrentItem(item);
+}
+
+void MainWindow::onCurrentDeviceChanged(QTreeWidgetItem *current)
+{
+    QWidget *view = current ? m_views.value(current->data(ColName, kNameRole).toString()) : nullptr;
+    ui->viewStack->setCurrentWidget(view ? view : ui->emptyPage);
+}
+
+void MainWindow::addEvent(QDateTime time, QString device, int type, QString text)
+{
+    auto *item = new QTreeWidgetItem;
+    item->setText(ColTime, LogWriter::timeText(time));
+    item->setText(ColDevice, device);
+    item->setText(ColText, text);
+    if (type == EventType::Lost) {
+        for (int c = ColTime; c <= ColText; ++c)
+            item->setForeground(c, kLost);
+    }
+    ui->eventTable->insertTopLevelItem(0, item); // newest first
+    while (ui->eventTable->topLevelItemCount() > MaxEventRows)
+        delete ui->eventTable->takeTopLevelItem(ui->eventTable->topLevelItemCount() - 1);
+    m_lastEventLabel->setText(tr("Last event: %1 %2 - %3").arg(time.toString(QStringLiteral("hh:mm:ss")), device, text));
+}
+
+void MainWindow::onUserLevelChanged(int index)
+{
+    if (index < 0)
+        return;
+    // The combo box lists the levels in order: its index is the level.
+    m_host->setUserInfo(DeviceHost::roleName(index), index);
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    if (m_host->isShuttingDown()) {
+        event->ignore(); // already waiting for the clients
+        return;
+    }
+    const int running = m_host->sessions().size();
+    if (running > 0) {
+        m_refreshTimer.stop();
+        centralWidget()->setEnabled(false);
+        m_host->shutdown([this](const QStringList &stillRunning) {
+            statusBar()->showMessage(
+                tr("Stopping %1: a device in a connection attempt can take up to %2 s to stop...")
+                    .arg(stillRunning.join(QStringLiteral(", ")))
+                    .arg(DeviceHost::StopBoundSeconds));
+        });
+        statusBar()->clearMessage();
+    }
+    event->accept();
+}
+
+void MainWindow::saveScreenshotWhenReady(const QString &file, int timeoutMs)
+{
+    m_screenshotFile = file;
+    m_screenshotTimeoutMs = timeoutMs;
+    m_screenshotClock.start();
+    m_screenshotTimer.start(kScreenshotPollMs);
+}
+
+bool MainWindow::allDevicesRead() const
+{
+    for (DeviceSession *session : m_host->sessions()) {
+        if (!session->hasFullPicture() && session->status().state != DeviceStatus::State::Lost)
+            return false;
+    }
+    return true;
+}
+
+void MainWindow::checkScreenshot()
+{
+    const bool timedOut = m_screenshotClock.elapsed() > m_screenshotTimeoutMs;
+    if (!allDevicesRead() && !timedOut)
+        return;
+    m_screenshotTimer.stop();
+    if (timedOut)
+        qCWarning(lcHost) << "not every device was read in time; taking the picture anyway";
+    refreshDevices();
+    const bool saved = grab().save(m_screenshotFile);
+    emit screenshotDone(saved, m_screenshotFile);
+}
