@@ -49,7 +49,7 @@ DataMap fullMap(bool threePhase)
     map[threePhase ? 2016 : 2019] = 1;
     if (threePhase)
         map[2023] = 1;
-    map.insert(4014, QStringLiteral("192.168.1.10"));
+    map.insert(4014, QStringLiteral("127.0.1.10"));
     return map;
 #else
     return ViewSampleData::deviceData(threePhase);

@@ -194,9 +194,9 @@ void TestClient::loadConfig_data()
     QTest::addColumn<int>("interval");
 
     QTest::newRow("defaults") << QVariantMap{} << "" << 502 << 5 << 0 << 1;
-    QTest::newRow("all set") << QVariantMap{{"ipAddr", "10.0.0.7"}, {"port", 1502}, {"retries", 2}, {"protocol", 4},
+    QTest::newRow("all set") << QVariantMap{{"ipAddr", "127.0.0.7"}, {"port", 1502}, {"retries", 2}, {"protocol", 4},
                                             {"interval", 60}}
-                             << "10.0.0.7" << 1502 << 2 << 4 << 15;
+                             << "127.0.0.7" << 1502 << 2 << 4 << 15;
     QTest::newRow("interval 5") << QVariantMap{{"interval", 5}} << "" << 502 << 5 << 0 << 1;
     QTest::newRow("interval 0") << QVariantMap{{"interval", 0}} << "" << 502 << 5 << 0 << 1;
     QTest::newRow("interval -3") << QVariantMap{{"interval", -3}} << "" << 502 << 5 << 0 << 1;
@@ -225,6 +225,7 @@ void TestClient::loadConfig()
     OrvekClient client;
     client.name = device;
     client.loadConfig();
+    removeDeviceConfig(device);
     QCOMPARE(client.targetAddress, address);
     QCOMPARE(client.targetPort, port);
     QCOMPARE(client.retries, retries);
@@ -244,6 +245,7 @@ void TestClient::runDividesIntervalAgain()
     OrvekClient client;
     client.name = QStringLiteral("cfg-run60");
     client.loadConfig();
+    removeDeviceConfig(client.name);
     QCOMPARE(client.interval, 15); // a poll-driven host would cycle every 15 s
     client.setConnectTimings(0, 100);
     client.retries = 1;

@@ -244,14 +244,14 @@ void TestDecoder::droppedAnswers()
 void TestDecoder::unknownByteCountCountsAsContact()
 {
     OrvekClient client;
-    client.targetAddress = QStringLiteral("10.1.2.3");
+    client.targetAddress = QStringLiteral("127.1.2.3");
     client.failCount = 2;
     EventRecorder rec(&client);
     client.decodeAnswer(FakeAgent::answer(0x04, QByteArray(0x50, '\x11')));
     QCOMPARE(rec.types(), (QList<int>{1040, 2001, 2007}));
     QCOMPARE(client.failCount, 0);
     QCOMPARE(client.dataPoints.keys(), QList<int>{4014});
-    QCOMPARE(client.dataPoints.value(4014).toString(), QStringLiteral("10.1.2.3"));
+    QCOMPARE(client.dataPoints.value(4014).toString(), QStringLiteral("127.1.2.3"));
 }
 
 void TestDecoder::shortBufferWithBigPromise_data()
@@ -336,13 +336,13 @@ void TestDecoder::reportDataPublishesKeys()
 {
     OrvekClient client;
     client.name = QStringLiteral("rack-1");
-    client.setTarget(QStringLiteral("192.168.1.10"), 502);
+    client.setTarget(QStringLiteral("127.0.1.10"), 502);
     client.reportData();
     {
         QMutexLocker locker(&client.mutex);
         QCOMPARE(client.upsInfo.value("upsLoad").toInt(), 0);
         QCOMPARE(client.upsInfo.value("upsAddr").toString(), QStringLiteral("1"));
-        QCOMPARE(client.upsInfo.value("portInfo").toString(), QStringLiteral("tcp:192.168.1.10:502"));
+        QCOMPARE(client.upsInfo.value("portInfo").toString(), QStringLiteral("tcp:127.0.1.10:502"));
         QCOMPARE(client.upsInfo.value("state").toInt(), -1);
         QCOMPARE(client.upsInfo.value("name").toString(), QStringLiteral("rack-1"));
         QVERIFY(!client.upsInfo.value("IdentManufacturer").isValid());
@@ -360,7 +360,7 @@ void TestDecoder::reportDataPublishesKeys()
     QMutexLocker locker(&client.mutex);
     for (int n = 0; n <= 72; ++n)
         QCOMPARE(client.upsInfo.value(QString::number(n)).toInt(), int(regs[n]));
-    QCOMPARE(client.upsInfo.value("4014").toString(), QStringLiteral("192.168.1.10"));
+    QCOMPARE(client.upsInfo.value("4014").toString(), QStringLiteral("127.0.1.10"));
     QCOMPARE(client.upsInfo.value("upsLoad").toInt(), 35);
     QCOMPARE(client.upsInfo.value("state").toInt(), 0);
     QVERIFY(client.upsInfo.value("IdentManufacturer").toByteArray().startsWith("Orvek"));

@@ -83,7 +83,7 @@ void TestHostUnits::configSaveAndReadBack()
 
     DeviceEntry first;
     first.name = QStringLiteral("ups 1");
-    first.ipAddr = QStringLiteral("10.0.0.5");
+    first.ipAddr = QStringLiteral("127.0.0.5");
     first.port = 1502;
     first.retries = 2;
     first.interval = 60;
@@ -99,7 +99,7 @@ void TestHostUnits::configSaveAndReadBack()
         QSettings settings(path, QSettings::IniFormat);
         settings.setValue(QStringLiteral("ups 1/eventChooseList/3"), 1);
         settings.setValue(QStringLiteral("notes/text"), QStringLiteral("no address"));
-        settings.setValue(QStringLiteral("half/ipAddr"), QStringLiteral("10.0.0.9"));
+        settings.setValue(QStringLiteral("half/ipAddr"), QStringLiteral("127.0.0.9"));
     }
 
     // Update: a new port, retries left out (kept), protocol set.
@@ -112,7 +112,7 @@ void TestHostUnits::configSaveAndReadBack()
     const QList<DeviceEntry> devices = config.devices();
     QCOMPARE(devices.size(), 2);
     const DeviceEntry a = config.device(QStringLiteral("ups 1"));
-    QCOMPARE(a.ipAddr, QStringLiteral("10.0.0.5"));
+    QCOMPARE(a.ipAddr, QStringLiteral("127.0.0.5"));
     QCOMPARE(a.port, 1503);
     QCOMPARE(a.retries, 2);
     QCOMPARE(a.protocol, 2);
@@ -136,13 +136,13 @@ void TestHostUnits::configSaveRejects_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("address");
     QTest::addColumn<int>("port");
-    QTest::newRow("empty name") << "" << "10.0.0.1" << 502;
-    QTest::newRow("slash in name") << "a/b" << "10.0.0.1" << 502;
-    QTest::newRow("backslash in name") << "a\\b" << "10.0.0.1" << 502;
-    QTest::newRow("blank around name") << " ups" << "10.0.0.1" << 502;
+    QTest::newRow("empty name") << "" << "127.0.2.1" << 502;
+    QTest::newRow("slash in name") << "a/b" << "127.0.2.1" << 502;
+    QTest::newRow("backslash in name") << "a\\b" << "127.0.2.1" << 502;
+    QTest::newRow("blank around name") << " ups" << "127.0.2.1" << 502;
     QTest::newRow("no address") << "ups" << "  " << 502;
-    QTest::newRow("port 0") << "ups" << "10.0.0.1" << 0;
-    QTest::newRow("port too big") << "ups" << "10.0.0.1" << 65536;
+    QTest::newRow("port 0") << "ups" << "127.0.2.1" << 0;
+    QTest::newRow("port too big") << "ups" << "127.0.2.1" << 65536;
 }
 
 void TestHostUnits::configSaveRejects()

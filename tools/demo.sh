@@ -31,6 +31,9 @@ pids+=($!)
 echo "demo: simulated agents on 127.0.0.1:$PORT1 (single-phase, mains failure story) and :$PORT2 (three-phase)"
 echo "demo: agent logs (every register write) in $LOGDIR"
 
+# A fresh device file with just the two demo units (the tests, run from the
+# same folder, write device groups of their own into it).
+rm -f "$BIN/KSVO/Quoranet/db/dev.ini"
 "$BIN/orvek-host" --add ups1 "127.0.0.1:$PORT1" --add ups2 "127.0.0.1:$PORT2" --interval 5 --retries 3
 
 host_args=()

@@ -22,6 +22,15 @@ inline void writeDeviceConfig(const QString &device, const QVariantMap &values)
     settings.sync();
 }
 
+// Takes a test's device group out of dev.ini again, so that a host started
+// from the same folder later does not find it.
+inline void removeDeviceConfig(const QString &device)
+{
+    QSettings settings(OrvekClient::configFilePath(), QSettings::IniFormat);
+    settings.remove(device);
+    settings.sync();
+}
+
 // A port on 127.0.0.1 that nothing listens on (taken and released at once).
 quint16 closedLocalPort();
 

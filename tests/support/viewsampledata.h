@@ -74,7 +74,7 @@ inline QMap<int, QVariant> deviceData(bool threePhase)
     m.insert(4004, identityBlock("UPS 2.11.04", 64));
     m.insert(4005, identityBlock("Agent 1.6.2", 64));
     m.insert(4006, identityBlock("Building 2, floor 1", 32));
-    m.insert(4014, QStringLiteral("192.168.1.10"));
+    m.insert(4014, QStringLiteral("127.0.1.10"));
     return m;
 }
 
