@@ -1,5 +1,5 @@
-// The simulated UPS itself: scenarios, profiles and the data point image.
-#include <QTcpServer>
+// The simulated UPS itself: scenarios, command effects, profiles and the
+// data point image.
 #include <QtTest>
 
 #include "upssimulator.h"
@@ -7,15 +7,6 @@
 Q_DECLARE_METATYPE(UpsSimulator::Profile)
 
 namespace {
-
-quint16 freePort()
-{
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost, 0);
-    const quint16 port = probe.serverPort();
-    probe.close();
-    return port;
-}
 
 int signedValue(quint16 raw)
 {
@@ -30,17 +21,11 @@ class TestSimScenarios : public QObject
 
 private slots:
     void scenarioNames();
-    void progression_data();
-    void progression();
-    void mainsFailureAtHighTimeScale();
-    void mainsFailureRunsBatteryDown();
-    void mainsReturnRecharges();
+    void stories_data();
+    void stories();
+    void batteryRunsDownAndRecharges();
     void phaseCounts_data();
     void phaseCounts();
-    void normalState_data();
-    void normalState();
-    void profileImageIsFreshSimulator_data();
-    void profileImageIsFreshSimulator();
     void pinnedMeasurementsAndForcedAlarms();
     void invalidArgumentsIgnored();
 };
@@ -57,123 +42,102 @@ void TestSimScenarios::scenarioNames()
     QCOMPARE(sim.scenario(), QStringLiteral("bypass"));
 }
 
-void TestSimScenarios::progression_data()
+// Steps: "wR=V" writes value V to register R, "tS" advances S simulated seconds.
+void TestSimScenarios::stories_data()
 {
     QTest::addColumn<QString>("scenario");
-    QTest::addColumn<double>("seconds");
+    QTest::addColumn<QStringList>("steps");
     QTest::addColumn<int>("source");
     QTest::addColumn<QList<int>>("raised");
     QTest::addColumn<QList<int>>("clear");
 
-    auto row = [](const char *name, const char *scenario, double seconds, int source, QList<int> raised,
+    auto row = [](const char *name, const char *scenario, const QString &steps, int source, QList<int> raised,
                   QList<int> clear) {
-        QTest::newRow(name) << QString::fromLatin1(scenario) << seconds << source << raised << clear;
+        QTest::newRow(name) << QString::fromLatin1(scenario) << steps.split(QLatin1Char(' ')) << source << raised
+                            << clear;
     };
-    row("normal stays online", "normal", 600, 3, {}, {2, 3, 6, 9, 14});
-    row("mains-failure before", "mains-failure", 4.5, 3, {}, {2, 6});
-    row("mains-failure on battery", "mains-failure", 6, 5, {2, 6}, {3});
-    row("mains-failure battery low", "mains-failure", 110, 5, {2, 3, 6}, {4, 14});
-    row("mains-failure exhausted", "mains-failure", 200, 2, {4, 6, 14}, {2, 3});
-    row("mains-return low before return", "mains-return", 119, 5, {2, 3}, {});
-    row("mains-return back", "mains-return", 121, 3, {}, {2, 3, 4, 6});
-    row("demo before failure", "demo", 9, 3, {}, {2});
-    row("demo on battery", "demo", 11, 5, {2, 6}, {3});
-    row("demo battery low", "demo", 44, 5, {2, 3}, {4, 14});
-    row("demo mains back", "demo", 46, 3, {}, {2, 3, 6});
-    row("demo stays normal", "demo", 130, 3, {}, {2, 3, 6});
-    row("bypass before", "bypass", 4, 3, {}, {9});
-    row("bypass", "bypass", 6, 4, {9}, {2, 6});
-    row("alarm-flips first", "alarm-flips", 6, 3, {5}, {8, 16});
-    row("alarm-flips three on", "alarm-flips", 16, 3, {5, 8, 16}, {});
-    row("alarm-flips 5 off", "alarm-flips", 21, 3, {8, 16}, {5});
-    row("alarm-flips all off", "alarm-flips", 31, 3, {}, {5, 8, 16});
-    row("alarm-flips repeats", "alarm-flips", 36, 3, {5}, {8, 16});
+    row("normal stays online", "normal", "t600", 3, {}, {2, 3, 6, 9, 14});
+    row("mains-failure before", "mains-failure", "t4.5", 3, {}, {2, 6});
+    row("mains-failure on battery", "mains-failure", "t6", 5, {2, 6}, {3});
+    row("mains-failure battery low", "mains-failure", "t110", 5, {2, 3, 6}, {4, 14});
+    row("mains-failure exhausted", "mains-failure", "t200", 2, {4, 6, 14}, {2, 3});
+    row("mains-return back", "mains-return", "t121", 3, {}, {2, 3, 4, 6});
+    row("bypass", "bypass", "t6", 4, {9}, {2, 6});
+    row("alarm-flips repeats", "alarm-flips", "t36", 3, {5}, {8, 16});
+
+    // The control commands' effects; 65535 is the trigger value.
+    row("shutdown countdown", "normal", "w7=12 t6.5", 3, {21}, {22, 14, 11});
+    row("shutdown imminent", "normal", "w7=12 t7.5", 3, {21, 22}, {14});
+    row("shutdown done", "normal", "w7=12 t12.5", 2, {14, 11}, {21, 22, 15});
+    row("shutdown cancelled", "normal", "w7=12 t3 w5=65535 t20", 3, {}, {21, 22, 14, 11});
+    row("standby", "normal", "w8=60 t61", 2, {14, 15, 11, 12}, {21});
+    row("self-test passed", "normal", "w1=65535 t10.5", 3, {}, {23, 19});
+    row("self-test value 0 ignored", "normal", "w1=0", 3, {}, {23});
+    row("self-test refused while off", "normal", "w7=0 w1=65535", 2, {14}, {23});
+    row("discharge to low", "normal", "w2=65535 t60", 5, {23, 26}, {2, 6});
+    row("discharge ends at low battery", "normal", "w2=65535 t4000", 3, {}, {23, 26, 3});
+    // mains back at 120 s with the battery well below 25 %
+    row("self-test fails on low battery", "mains-return", "t121 w1=65535 t11", 3, {19}, {23, 3});
+    row("timed discharge running", "normal", "w6=2 t119", 5, {23, 26}, {});
+    row("timed discharge over", "normal", "w6=2 t121", 3, {}, {23, 26});
 }
 
-void TestSimScenarios::progression()
+void TestSimScenarios::stories()
 {
     QFETCH(QString, scenario);
-    QFETCH(double, seconds);
-    QFETCH(int, source);
+    QFETCH(QStringList, steps);
     QFETCH(QList<int>, raised);
     QFETCH(QList<int>, clear);
 
     UpsSimulator sim;
     QVERIFY(sim.setScenario(scenario));
-    sim.advance(seconds);
-    QCOMPARE(int(sim.measurement(24)), source);
+    for (const QString &step : steps) {
+        if (step.startsWith(QLatin1Char('w'))) {
+            const QStringList parts = step.mid(1).split(QLatin1Char('='));
+            sim.writeRegister(parts.at(0).toInt(), quint16(parts.at(1).toUInt()));
+        } else {
+            sim.advance(step.mid(1).toDouble());
+        }
+    }
+    QTEST(int(sim.measurement(24)), "source");
     for (int number : raised)
         QVERIFY2(sim.alarm(number), qPrintable(QStringLiteral("alarm %1 not raised").arg(number)));
     for (int number : clear)
         QVERIFY2(!sim.alarm(number), qPrintable(QStringLiteral("alarm %1 raised").arg(number)));
 
-    // Many small steps tell the same story as one big one.
-    UpsSimulator stepped;
-    stepped.setScenario(scenario);
-    for (int i = 0; i < 100; ++i)
-        stepped.advance(seconds / 100);
-    QCOMPARE(stepped.measurement(24), sim.measurement(24));
-    QCOMPARE(stepped.measurement(0), sim.measurement(0));
+    if (steps.size() == 1 && steps.first().startsWith(QLatin1Char('t'))) {
+        // Many small steps tell the same story as one big one.
+        UpsSimulator stepped;
+        stepped.setScenario(scenario);
+        for (int i = 0; i < 100; ++i)
+            stepped.advance(steps.first().mid(1).toDouble() / 100);
+        QCOMPARE(stepped.measurement(24), sim.measurement(24));
+        QCOMPARE(stepped.measurement(0), sim.measurement(0));
+    }
 }
 
-void TestSimScenarios::mainsFailureAtHighTimeScale()
-{
-    UpsSimulator sim;
-    QVERIFY(sim.setScenario(QStringLiteral("mains-failure")));
-    QSignalSpy spy(&sim, &UpsSimulator::alarmChanged);
-    QVERIFY(sim.start(QStringLiteral("127.0.0.1"), freePort()));
-    sim.setTimeScale(400);
-    QTRY_VERIFY_WITH_TIMEOUT(sim.alarm(3), 5000);
-
-    QList<QPair<int, bool>> changes;
-    for (const QList<QVariant> &args : qAsConst(spy))
-        changes << qMakePair(args.at(0).toInt(), args.at(1).toBool());
-    const int onBattery = changes.indexOf(qMakePair(2, true));
-    const int low = changes.indexOf(qMakePair(3, true));
-    QVERIFY(onBattery >= 0);
-    QVERIFY(low > onBattery);
-    QVERIFY(changes.contains(qMakePair(6, true)));
-    QCOMPARE(int(sim.measurement(0)), 3);
-}
-
-void TestSimScenarios::mainsFailureRunsBatteryDown()
+void TestSimScenarios::batteryRunsDownAndRecharges()
 {
     UpsSimulator sim;
     sim.setScenario(QStringLiteral("mains-failure"));
     const int remainingFull = sim.measurement(2);
     sim.advance(30);
-    const QList<int> lineIds = {9, 12, 15, 18, 42, 44};
-    for (int id : lineIds)
+    for (int id : {9, 12, 15, 18, 42, 44}) // the mains and the bypass are gone
         QCOMPARE(int(sim.measurement(id)), 0);
     QCOMPARE(int(sim.measurement(27)), 230);
-    QCOMPARE(int(sim.measurement(25)), 500);
-    QVERIFY(signedValue(sim.measurement(5)) < 0);
-    QCOMPARE(int(sim.measurement(1)), 25);  // seconds on battery
-    QCOMPARE(int(sim.measurement(7)), 1);   // mains failures
-    QCOMPARE(int(sim.measurement(0)), 2);
-    const int capacity = sim.measurement(3);
-    QVERIFY(capacity < 100);
+    QVERIFY(signedValue(sim.measurement(5)) < 0); // two's complement, discharging
+    QCOMPARE(int(sim.measurement(1)), 25);        // seconds on battery
+    QCOMPARE(int(sim.measurement(7)), 1);         // mains failures
+    QVERIFY(sim.measurement(3) < 100);
     QVERIFY(sim.measurement(2) < remainingFull);
-
-    sim.advance(80);
-    QVERIFY(sim.measurement(3) < 25);
-    QVERIFY(sim.measurement(3) < capacity);
-    QCOMPARE(int(sim.measurement(0)), 3);
-
-    sim.advance(90);  // exhausted: the output goes off
+    sim.advance(170); // exhausted: the output goes off
     QCOMPARE(int(sim.measurement(0)), 4);
     QCOMPARE(int(sim.measurement(3)), 0);
     QCOMPARE(int(sim.measurement(27)), 0);
-    QCOMPARE(int(sim.measurement(5)), 0);
-}
 
-void TestSimScenarios::mainsReturnRecharges()
-{
-    UpsSimulator sim;
     sim.setScenario(QStringLiteral("mains-return"));
     sim.advance(121);
     QCOMPARE(int(sim.measurement(9)), 230);
-    QCOMPARE(int(sim.measurement(15)), 500);
     QCOMPARE(int(sim.measurement(1)), 0);
     QVERIFY(signedValue(sim.measurement(5)) > 0);
     const int capacity = sim.measurement(3);
@@ -194,6 +158,14 @@ void TestSimScenarios::phaseCounts()
 {
     QFETCH(UpsSimulator::Profile, profile);
     QFETCH(int, phases);
+    // The profile's image is a fresh simulator's: registers 0..72, alarms
+    // 2000..2026 and identity blocks 4000..4006, as the client stores them.
+    const QMap<int, QVariant> image = UpsSimulator::profileImage(profile);
+    QCOMPARE(image, UpsSimulator(profile).dataPointImage());
+    QCOMPARE(image.size(), 73 + 27 + 7);
+    QCOMPARE(image.value(72).userType(), int(QMetaType::Int));
+    QCOMPARE(image.value(4006).toByteArray().size(), 32);
+
     UpsSimulator sim(profile);
     sim.setScenario(QStringLiteral("bypass"));
     sim.advance(10);  // bypass carries current too
@@ -212,55 +184,6 @@ void TestSimScenarios::phaseCounts()
         }
         if (phases == 3 && group.first != 15)
             QVERIFY2(values.size() > 1, qPrintable(QString::number(group.first)));
-    }
-}
-
-void TestSimScenarios::normalState_data()
-{
-    phaseCounts_data();
-}
-
-void TestSimScenarios::normalState()
-{
-    QFETCH(UpsSimulator::Profile, profile);
-    const QMap<int, QVariant> image = UpsSimulator::profileImage(profile);
-    const QList<QPair<int, int>> expected = {{0, 2}, {3, 100}, {6, 25}, {9, 230}, {15, 500}, {24, 3},
-                                             {25, 500}, {27, 230}, {39, 35}, {42, 500}, {44, 230},
-                                             {56, 230}, {57, 500}, {58, 230}, {59, 500}, {65, 2}};
-    for (const auto &pair : expected)
-        QCOMPARE(image.value(pair.first).toInt(), pair.second);
-    QVERIFY(image.value(2).toInt() >= 10 && image.value(2).toInt() <= 600);  // minutes left
-    QVERIFY(image.value(4).toInt() > 0);
-    const int activePower = image.value(62).toInt();
-    QVERIFY(activePower >= 1 && activePower <= 9999999);
-    QVERIFY(image.value(60).toInt() >= activePower);
-    for (int id = 2000; id <= 2026; ++id)
-        QCOMPARE(image.value(id).toInt(), 0);
-}
-
-void TestSimScenarios::profileImageIsFreshSimulator_data()
-{
-    phaseCounts_data();
-}
-
-void TestSimScenarios::profileImageIsFreshSimulator()
-{
-    QFETCH(UpsSimulator::Profile, profile);
-    const QMap<int, QVariant> image = UpsSimulator::profileImage(profile);
-    QCOMPARE(image, UpsSimulator(profile).dataPointImage());
-
-    QCOMPARE(image.size(), 73 + 27 + 7);
-    for (int id = 0; id <= 72; ++id)
-        QCOMPARE(image.value(id).userType(), int(QMetaType::Int));
-    for (int id = 2000; id <= 2026; ++id)
-        QCOMPARE(image.value(id).userType(), int(QMetaType::Int));
-    const QMap<int, int> sizes = {{4000, 64}, {4001, 32}, {4002, 64}, {4003, 64},
-                                  {4004, 64}, {4005, 64}, {4006, 32}};
-    for (auto it = sizes.cbegin(); it != sizes.cend(); ++it) {
-        const QVariant block = image.value(it.key());
-        QCOMPARE(block.userType(), int(QMetaType::QByteArray));
-        QCOMPARE(block.toByteArray().size(), it.value());
-        QVERIFY(block.toByteArray().at(0) != '\0');
     }
 }
 

@@ -1,14 +1,13 @@
 #include "rateinfoform.h"
 #include "ui_rateinfoform.h"
 
+#include "datapointvalue.h"
+
 #include <QFont>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLoggingCategory>
 #include <QVBoxLayout>
-
-#include <cmath>
-#include <limits>
 
 namespace {
 
@@ -68,18 +67,6 @@ const char kTitleFamily[] = "Microsoft YaHei";
 QString decimalText(float v)
 {
     return QString::asprintf("%.1f", double(v));
-}
-
-// Truncates toward zero like a C cast, but saturates instead of overflowing.
-int truncateToInt(float f)
-{
-    if (std::isnan(f))
-        return 0;
-    if (f >= 2147483648.0f)
-        return std::numeric_limits<int>::max();
-    if (f < -2147483648.0f)
-        return std::numeric_limits<int>::min();
-    return int(f);
 }
 
 } // namespace
@@ -290,22 +277,12 @@ void RateInfoForm::ShowPanalView(QWidget *panel, QString title, QList<ParameterI
 
 int RateInfoForm::rawInt(int id) const
 {
-    const QVariant v = dataMap.value(id);
-    if (!v.isValid())
-        return 0;
-    const int type = v.userType();
-    if (type == QMetaType::Double || type == QMetaType::Float)
-        return truncateToInt(v.toFloat());
-    bool ok = false;
-    const qlonglong n = v.toLongLong(&ok);
-    if (!ok)
-        return 0;
-    return int(qBound<qlonglong>(std::numeric_limits<int>::min(), n, std::numeric_limits<int>::max()));
+    return DataPointValue::truncated(dataMap.value(id));
 }
 
 int RateInfoForm::scaledInt(const ParameterInformation *p, int id) const
 {
-    return truncateToInt(float(rawInt(id)) * p->scale);
+    return DataPointValue::truncatedFloat(float(rawInt(id)) * p->scale);
 }
 
 float RateInfoForm::scaledDecimal(const ParameterInformation *p, int id) const

@@ -1,14 +1,14 @@
 #include "rtdataform.h"
 #include "ui_rtdataform.h"
 
+#include "datapointvalue.h"
+
 #include <QBrush>
 #include <QColor>
 #include <QFont>
 #include <QHeaderView>
 #include <QLoggingCategory>
 #include <QTableWidgetItem>
-
-#include <cmath>
 
 Q_LOGGING_CATEGORY(lcRtDataForm, "orvek.view.rtdataform", QtInfoMsg)
 
@@ -120,28 +120,6 @@ const PhaseRow kPhaseRows[] = {
     {kBypassSection, 21, Format::Tenths, {47, 48, 49}, 20, 31},
     {kBypassSection, 22, Format::Integer, {50, 52, 54}, 21, 32},
 };
-
-// Integer value of a data point as the UPS agent delivered it. Values come
-// from the network: anything non-numeric, or a floating-point value that
-// cannot be rounded into 64 bits, reads as 0 instead of overflowing.
-int dataPointInt(const QVariant &value)
-{
-    constexpr double kLimit = 9.0e18;
-    switch (static_cast<int>(value.userType())) {
-    case QMetaType::Double:
-    case QMetaType::Float: {
-        const double d = value.toDouble();
-        if (!std::isfinite(d) || std::fabs(d) >= kLimit)
-            return 0;
-        return static_cast<int>(qRound64(d));
-    }
-    default: {
-        bool ok = false;
-        const qlonglong n = value.toLongLong(&ok);
-        return ok ? static_cast<int>(n) : 0;
-    }
-    }
-}
 
 QString integerText(int value)
 {
@@ -285,7 +263,7 @@ void RTDataForm::Show_RTData_View(QMap<int, QVariant> map)
 {
     QVector<int> v(kDataPointCount);
     for (int id = 0; id < kDataPointCount; ++id)
-        v[id] = dataPointInt(map.value(id));
+        v[id] = DataPointValue::rounded(map, id);
 
     showBatterySection(v);
     showInputSection(v);

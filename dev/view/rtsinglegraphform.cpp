@@ -1,10 +1,10 @@
 #include "rtsinglegraphform.h"
 #include "ui_rtsinglegraphform.h"
 
-#include <QEvent>
-#include <QLoggingCategory>
+#include "datapointvalue.h"
+#include "gaugedialkeeper.h"
 
-#include <cmath>
+#include <QLoggingCategory>
 
 Q_LOGGING_CATEGORY(lcRtSingleGraph, "orvek.view.rtsinglegraphform", QtInfoMsg)
 
@@ -36,64 +36,24 @@ constexpr int kCurveBypassVoltage = 3;
 
 constexpr char kInitialLegendValue[] = "(0)";
 
-// A dial's radius is min(width / 2, height). Keeping the height a few pixels
-// above half the width makes the radius follow the width and leaves room for
-// the scale labels above the arc.
-constexpr int kDialLabelHeadroom = 8;
-constexpr int kDialMinHeight = 60;
-constexpr int kDialMaxHeight = 200;
+using Band = GaugeDialKeeper::Band;
 
-// Colour indexes of the gauge bands: 0 green, 1 yellow, 2 red.
-constexpr int kGreen = 0;
-constexpr int kYellow = 1;
-constexpr int kRed = 2;
-
-struct GaugeSetup
-{
-    DataChart *Ui_RTSingleGraphForm::*gauge;
-    double minimum;
-    double maximum;
-    const char *unit;
-    QList<int> colors;
-    QList<int> thresholds;
-};
+using GaugeSetup = GaugeDialKeeper::Gauge<Ui_RTSingleGraphForm>;
 
 const GaugeSetup kGaugeSetups[] = {
-    {&Ui_RTSingleGraphForm::widget_load, 0, 100, "%", {kRed, kYellow, kGreen}, {30, 60, 100}},
-    {&Ui_RTSingleGraphForm::widget_outload, 0, 160, "%", {kGreen, kYellow, kRed}, {100, 120, 160}},
-    {&Ui_RTSingleGraphForm::widget_temp, 0, 100, "C", {kGreen, kRed}, {100, 120}},
-    {&Ui_RTSingleGraphForm::widget_input_freq, 0, 100, "Hz", {kRed, kGreen, kRed}, {40, 60, 100}},
-    {&Ui_RTSingleGraphForm::widget_out_freq, 0, 100, "Hz", {kRed, kGreen, kRed}, {40, 60, 100}},
-    {&Ui_RTSingleGraphForm::widget_by_freq, 0, 100, "Hz", {kRed, kGreen, kRed}, {40, 60, 100}},
+    {&Ui_RTSingleGraphForm::widget_load, {0, 100, "%", {Band::Red, Band::Yellow, Band::Green}, {30, 60, 100}}},
+    {&Ui_RTSingleGraphForm::widget_outload, {0, 160, "%", {Band::Green, Band::Yellow, Band::Red}, {100, 120, 160}}},
+    {&Ui_RTSingleGraphForm::widget_temp, {0, 100, "C", {Band::Green, Band::Red}, {100, 120}}},
+    {&Ui_RTSingleGraphForm::widget_input_freq, {0, 100, "Hz", {Band::Red, Band::Green, Band::Red}, {40, 60, 100}}},
+    {&Ui_RTSingleGraphForm::widget_out_freq, {0, 100, "Hz", {Band::Red, Band::Green, Band::Red}, {40, 60, 100}}},
+    {&Ui_RTSingleGraphForm::widget_by_freq, {0, 100, "Hz", {Band::Red, Band::Green, Band::Red}, {40, 60, 100}}},
 };
-
-// Integer value of a data point as the UPS agent delivered it. Values come
-// from the network: anything non-numeric, or a floating-point value that
-// cannot be rounded into 64 bits, reads as 0 instead of overflowing.
-int dataPointInt(const QVariant &value)
-{
-    constexpr double kLimit = 9.0e18;
-    switch (static_cast<int>(value.userType())) {
-    case QMetaType::Double:
-    case QMetaType::Float: {
-        const double d = value.toDouble();
-        if (!std::isfinite(d) || std::fabs(d) >= kLimit)
-            return 0;
-        return static_cast<int>(qRound64(d));
-    }
-    default: {
-        bool ok = false;
-        const qlonglong n = value.toLongLong(&ok);
-        return ok ? static_cast<int>(n) : 0;
-    }
-    }
-}
 
 // The page reads every register as unsigned 32 bits, so a negative value
 // turns into a huge one and the gauges show "--" for it.
 double registerValue(const QMap<int, QVariant> &map, int id)
 {
-    return static_cast<quint32>(dataPointInt(map.value(id)));
+    return static_cast<quint32>(DataPointValue::rounded(map, id));
 }
 
 } // namespace
@@ -114,31 +74,8 @@ RTSingleGraphForm::~RTSingleGraphForm()
 
 void RTSingleGraphForm::setupGauges()
 {
-    for (const GaugeSetup &setup : kGaugeSetups) {
-        DataChart *gauge = ui->*setup.gauge;
-        gauge->setMinValue(setup.minimum);
-        gauge->setMaxValue(setup.maximum);
-        gauge->setUnitText(QString::fromLatin1(setup.unit));
-        gauge->setRadioValue(setup.colors, setup.thresholds);
-        gauge->installEventFilter(this);
-    }
-}
-
-bool RTSingleGraphForm::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::Resize) {
-        if (auto *gauge = qobject_cast<DataChart *>(watched))
-            keepDialProportions(gauge);
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void RTSingleGraphForm::keepDialProportions(QWidget *gauge)
-{
-    // Only the width drives the height, so the layout settles after one pass.
-    const int height = qBound(kDialMinHeight, gauge->width() / 2 + kDialLabelHeadroom, kDialMaxHeight);
-    if (gauge->minimumHeight() != height || gauge->maximumHeight() != height)
-        gauge->setFixedHeight(height);
+    auto *keeper = new GaugeDialKeeper(this); // owned by the page
+    keeper->setUp(ui, kGaugeSetups);
 }
 
 void RTSingleGraphForm::setupCaptions()

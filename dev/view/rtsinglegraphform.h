@@ -29,12 +29,8 @@ public:
 public slots:
     void Show_RtChart_View(QMap<int, QVariant> map);
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     void setupGauges();
-    void keepDialProportions(QWidget *gauge);
     void setupCaptions();
 
     Ui::RTSingleGraphForm *ui;

@@ -24,11 +24,12 @@
 #include "rtthreegraphform.h"
 #include "ui_rtthreegraphform.h"
 
-#include <QEvent>
+#include "datapointvalue.h"
+#include "gaugedialkeeper.h"
+
 #include <QLoggingCategory>
 
 #include <algorithm>
-#include <cmath>
 
 Q_LOGGING_CATEGORY(lcRtThreeGraph, "orvek.view.rtthreegraphform", QtInfoMsg)
 
@@ -49,35 +50,18 @@ constexpr int kIdOutputLoadT = 41;
 // Registers in 0.1 units.
 constexpr double kTenths = 10.0;
 
-// A dial's radius is min(width / 2, height). Keeping the height a few pixels
-// above half the width makes the radius follow the width and leaves room for
-// the scale labels above the arc.
-constexpr int kDialLabelHeadroom = 8;
-constexpr int kDialMinHeight = 60;
-constexpr int kDialMaxHeight = 200;
+using Band = GaugeDialKeeper::Band;
+using DataPointValue::rounded;
 
-// Colour indexes of the gauge bands: 0 green, 1 yellow, 2 red.
-constexpr int kGreen = 0;
-constexpr int kYellow = 1;
-constexpr int kRed = 2;
-
-struct GaugeSetup
-{
-    DataChart *Ui_RTThreeGraphForm::*gauge;
-    double minimum;
-    double maximum;
-    const char *unit;
-    QList<int> colors;
-    QList<int> thresholds;
-};
+using GaugeSetup = GaugeDialKeeper::Gauge<Ui_RTThreeGraphForm>;
 
 const GaugeSetup kGaugeSetups[] = {
-    {&Ui_RTThreeGraphForm::widget_capacity, 0, 100, "%", {kRed, kYellow, kGreen}, {30, 60, 100}},
+    {&Ui_RTThreeGraphForm::widget_capacity, {0, 100, "%", {Band::Red, Band::Yellow, Band::Green}, {30, 60, 100}}},
     // Lead-acid batteries age quickly above 40 C.
-    {&Ui_RTThreeGraphForm::widget_temp, 0, 100, "C", {kGreen, kYellow, kRed}, {40, 50, 100}},
-    {&Ui_RTThreeGraphForm::widget_outload, 0, 160, "%", {kGreen, kYellow, kRed}, {100, 120, 160}},
-    {&Ui_RTThreeGraphForm::widget_out_freq, 0, 100, "Hz", {kRed, kGreen, kRed}, {40, 60, 100}},
-    {&Ui_RTThreeGraphForm::widget_by_freq, 0, 100, "Hz", {kRed, kGreen, kRed}, {40, 60, 100}},
+    {&Ui_RTThreeGraphForm::widget_temp, {0, 100, "C", {Band::Green, Band::Yellow, Band::Red}, {40, 50, 100}}},
+    {&Ui_RTThreeGraphForm::widget_outload, {0, 160, "%", {Band::Green, Band::Yellow, Band::Red}, {100, 120, 160}}},
+    {&Ui_RTThreeGraphForm::widget_out_freq, {0, 100, "Hz", {Band::Red, Band::Green, Band::Red}, {40, 60, 100}}},
+    {&Ui_RTThreeGraphForm::widget_by_freq, {0, 100, "Hz", {Band::Red, Band::Green, Band::Red}, {40, 60, 100}}},
 };
 
 enum class Format { Integer, Tenths };
@@ -120,33 +104,6 @@ const Curve kCurves[] = {
     {5, kIdOutputLoadT, &Ui_RTThreeGraphForm::value_out_load_t},
 };
 
-// Integer value of a data point as the UPS agent delivered it. Values come
-// from the network: anything non-numeric, or a floating-point value that
-// cannot be rounded into 64 bits, reads as 0 instead of overflowing.
-int dataPointInt(const QVariant &value)
-{
-    constexpr double kLimit = 9.0e18;
-    switch (static_cast<int>(value.userType())) {
-    case QMetaType::Double:
-    case QMetaType::Float: {
-        const double d = value.toDouble();
-        if (!std::isfinite(d) || std::fabs(d) >= kLimit)
-            return 0;
-        return static_cast<int>(qRound64(d));
-    }
-    default: {
-        bool ok = false;
-        const qlonglong n = value.toLongLong(&ok);
-        return ok ? static_cast<int>(n) : 0;
-    }
-    }
-}
-
-int pointValue(const QMap<int, QVariant> &map, int id)
-{
-    return dataPointInt(map.value(id));
-}
-
 QString formatValue(Format format, int value)
 {
     if (format == Format::Tenths)
@@ -176,31 +133,8 @@ RTThreeGraphForm::~RTThreeGraphForm()
 
 void RTThreeGraphForm::setupGauges()
 {
-    for (const GaugeSetup &setup : kGaugeSetups) {
-        DataChart *gauge = ui->*setup.gauge;
-        gauge->setMinValue(setup.minimum);
-        gauge->setMaxValue(setup.maximum);
-        gauge->setUnitText(QString::fromLatin1(setup.unit));
-        gauge->setRadioValue(setup.colors, setup.thresholds);
-        gauge->installEventFilter(this);
-    }
-}
-
-bool RTThreeGraphForm::eventFilter(QObject *watched, QEvent *event)
-{
-    if (event->type() == QEvent::Resize) {
-        if (auto *gauge = qobject_cast<DataChart *>(watched))
-            keepDialProportions(gauge);
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void RTThreeGraphForm::keepDialProportions(QWidget *gauge)
-{
-    // Only the width drives the height, so the layout settles after one pass.
-    const int height = qBound(kDialMinHeight, gauge->width() / 2 + kDialLabelHeadroom, kDialMaxHeight);
-    if (gauge->minimumHeight() != height || gauge->maximumHeight() != height)
-        gauge->setFixedHeight(height);
+    auto *keeper = new GaugeDialKeeper(this); // owned by the page
+    keeper->setUp(ui, kGaugeSetups);
 }
 
 void RTThreeGraphForm::InitRTChartFormInfo(bool flag)
@@ -234,29 +168,29 @@ void RTThreeGraphForm::Show_RtChart_View(QMap<int, QVariant> map)
 
 void RTThreeGraphForm::showGauges(const QMap<int, QVariant> &map)
 {
-    const int highestLoad = std::max({pointValue(map, kIdOutputLoadR), pointValue(map, kIdOutputLoadS),
-                                      pointValue(map, kIdOutputLoadT)});
-    ui->widget_capacity->setValue(pointValue(map, kIdCapacity));
-    ui->widget_temp->setValue(pointValue(map, kIdTemperature));
+    const int highestLoad =
+        std::max({rounded(map, kIdOutputLoadR), rounded(map, kIdOutputLoadS), rounded(map, kIdOutputLoadT)});
+    ui->widget_capacity->setValue(rounded(map, kIdCapacity));
+    ui->widget_temp->setValue(rounded(map, kIdTemperature));
     ui->widget_outload->setValue(highestLoad);
-    ui->widget_out_freq->setValue(pointValue(map, kIdOutputFrequency) / kTenths);
-    ui->widget_by_freq->setValue(pointValue(map, kIdBypassFrequency) / kTenths);
+    ui->widget_out_freq->setValue(rounded(map, kIdOutputFrequency) / kTenths);
+    ui->widget_by_freq->setValue(rounded(map, kIdBypassFrequency) / kTenths);
 }
 
 void RTThreeGraphForm::showReadouts(const QMap<int, QVariant> &map)
 {
     for (const Readout &readout : kReadouts)
-        (ui->*readout.label)->setText(formatValue(readout.format, pointValue(map, readout.id)));
+        (ui->*readout.label)->setText(formatValue(readout.format, rounded(map, readout.id)));
 }
 
 void RTThreeGraphForm::showCurves(const QMap<int, QVariant> &map)
 {
     // All six curves are fed in one pass so that none is empty at the next paint.
     for (const Curve &curve : kCurves) {
-        const int value = pointValue(map, curve.id);
+        const int value = rounded(map, curve.id);
         ui->widget_three->addData(curve.index, value);
         (ui->*curve.legend)->setText(legendText(value));
     }
-    qCDebug(lcRtThreeGraph) << "refreshed: output R/S/T" << pointValue(map, kIdOutputVoltageR)
-                            << pointValue(map, kIdOutputVoltageS) << pointValue(map, kIdOutputVoltageT) << "V";
+    qCDebug(lcRtThreeGraph) << "refreshed: output R/S/T" << rounded(map, kIdOutputVoltageR)
+                            << rounded(map, kIdOutputVoltageS) << rounded(map, kIdOutputVoltageT) << "V";
 }

@@ -28,12 +28,8 @@ public:
 public slots:
     void Show_RtChart_View(QMap<int, QVariant> map);
 
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     void setupGauges();
-    void keepDialProportions(QWidget *gauge);
     void showGauges(const QMap<int, QVariant> &map);
     void showReadouts(const QMap<int, QVariant> &map);
     void showCurves(const QMap<int, QVariant> &map);

@@ -34,16 +34,6 @@ inline int countColour(const QImage &image, const QColor &colour, const QRect &a
     return count;
 }
 
-inline int countDark(const QImage &image, const QRect &area)
-{
-    int count = 0;
-    const QRect r = area.intersected(image.rect());
-    for (int y = r.top(); y <= r.bottom(); ++y)
-        for (int x = r.left(); x <= r.right(); ++x)
-            count += qGray(image.pixel(x, y)) < 128;
-    return count;
-}
-
 // Whether `colour` shows at (x, y) or one row above or below (aliased lines
 // round fractional rows either way).
 inline bool colourNear(const QImage &image, int x, double y, const QColor &colour)

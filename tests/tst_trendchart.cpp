@@ -1,0 +1,324 @@
+// The trend curve widgets of the graphic pages: the four-curve DynamicChart
+// and the six-curve ThreeDynamicChart share sample buffers, trimming and
+// painting; rows name the widget they run on.
+#include <QtTest>
+
+#include <QDir>
+#include <QImage>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "chartprobe.h"
+#include "dynamicchart.h"
+#include "threedynamicchart.h"
+
+using namespace chartprobe;
+
+namespace {
+
+const QColor DynamicColours[] = {QColor(255, 0, 255), QColor(0, 255, 0), QColor(0, 255, 255), QColor(255, 0, 0)};
+const QColor ThreeColours[] = {QColor(255, 255, 0), QColor(0, 255, 0),  QColor(255, 0, 0),
+                               QColor(255, 221, 26), QColor(85, 170, 0), QColor(170, 0, 0)};
+
+std::unique_ptr<TrendChart> makeChart(bool three, bool antialiased = true)
+{
+    std::unique_ptr<TrendChart> chart;
+    if (three)
+        chart.reset(new ThreeDynamicChart);
+    else
+        chart.reset(new DynamicChart);
+    // The host reaches the settings through the meta-object system.
+    QMetaObject::invokeMethod(chart.get(), "setUseAntialiasing", Q_ARG(bool, antialiased));
+    return chart;
+}
+
+QColor curveColour(bool three, int curve)
+{
+    return three ? ThreeColours[curve] : DynamicColours[curve];
+}
+
+int curvePixels(const QImage &image, bool three)
+{
+    int count = 0;
+    for (int k = 0; k < (three ? 6 : 4); ++k)
+        count += countColour(image, curveColour(three, k), image.rect());
+    return count;
+}
+
+void fill(TrendChart &chart, int curve, int count)
+{
+    for (int i = 1; i <= count; ++i)
+        chart.addData(curve, i);
+}
+
+} // namespace
+
+class TestTrendChart : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void trimming_data();
+    void trimming();
+    void resizeTrimsPhaseCurvesOnly_data();
+    void resizeTrimsPhaseCurvesOnly();
+    void emptyAndShortCurves_data();
+    void emptyAndShortCurves();
+    void curvePlacementAndPens_data();
+    void curvePlacementAndPens();
+    void untrustedValuesStillPaint();
+    void gridAndTimeAxis();
+    void screenshots_data();
+    void screenshots();
+};
+
+void TestTrendChart::trimming_data()
+{
+    QTest::addColumn<bool>("three");
+    QTest::addColumn<int>("width");
+    QTest::addColumn<int>("curve");
+    QTest::addColumn<int>("maxSamples");
+
+    QTest::newRow("dynamic, 500 px plot box") << false << 591 << 1 << 100;
+    QTest::newRow("dynamic, narrow") << false << 60 << 3 << 10;
+    QTest::newRow("three, percent curve") << true << 591 << 5 << 100;
+}
+
+void TestTrendChart::trimming()
+{
+    QFETCH(bool, three);
+    QFETCH(int, width);
+    QFETCH(int, curve);
+    QFETCH(int, maxSamples);
+
+    auto chart = makeChart(three);
+    QVERIFY(showAt(*chart, QSize(width, 300)));
+    QCOMPARE(chart->maxPoints(), maxSamples);
+    // Indexes outside the curves store nothing but do republish every curve.
+    chart->addData(chart->curveCount(), 99.0);
+    chart->addData(-1, 99.0);
+    QCOMPARE(chart->curveMap().size(), chart->curveCount());
+    // The first sample is doubled: the buffer stays one ahead of the pushes.
+    fill(*chart, curve, maxSamples - 1);
+    QCOMPARE(chart->bufferData(curve).size(), maxSamples);
+    QCOMPARE(chart->bufferData(curve).mid(maxSamples - 2), QVector<double>({1.0, 1.0}));
+    QVERIFY(chart->curveMap().value(curve == 0 ? 1 : 0).isEmpty());
+    // Each further push drops the oldest sample.
+    const int pushes = maxSamples + 5;
+    for (int i = maxSamples; i <= pushes; ++i)
+        chart->addData(curve, i);
+    const QVector<double> buffer = chart->bufferData(curve);
+    QCOMPARE(buffer.size(), maxSamples);
+    QCOMPARE(buffer.first(), double(pushes));
+    QCOMPARE(buffer.last(), double(pushes - maxSamples + 1));
+    QCOMPARE(chart->curveMap().value(curve), buffer);
+}
+
+void TestTrendChart::resizeTrimsPhaseCurvesOnly_data()
+{
+    QTest::addColumn<bool>("three");
+    QTest::addColumn<int>("resizeEvents");
+    QTest::addColumn<int>("phaseSamples");
+
+    // One sample per resize event, down to what the narrower box holds.
+    QTest::newRow("dynamic, three resizes") << false << 3 << 97;
+    QTest::newRow("dynamic, until it fits") << false << 60 << 59;
+    QTest::newRow("three, one resize") << true << 1 << 99;
+}
+
+void TestTrendChart::resizeTrimsPhaseCurvesOnly()
+{
+    QFETCH(bool, three);
+    QFETCH(int, resizeEvents);
+    QFETCH(int, phaseSamples);
+
+    auto chart = makeChart(three);
+    QVERIFY(showAt(*chart, QSize(591, 300)));
+    for (int k = 0; k < chart->curveCount(); ++k)
+        fill(*chart, k, 100);
+    QVERIFY(showAt(*chart, QSize(350, 300))); // lays the box out at the new width
+    for (int i = 0; i < resizeEvents; ++i)
+        sendResize(*chart);
+    // Curves 0 to 2 are trimmed; the others keep everything.
+    for (int k = 0; k < chart->curveCount(); ++k) {
+        QCOMPARE(chart->bufferData(k).size(), k < 3 ? phaseSamples : 100);
+        QCOMPARE(chart->curveMap().value(k).size(), k < 3 ? phaseSamples : 100); // what is drawn
+    }
+}
+
+void TestTrendChart::emptyAndShortCurves_data()
+{
+    QTest::addColumn<bool>("three");
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<bool>("curvePainted");
+
+    QTest::newRow("dynamic, cleared after data") << false << "cleared" << false;
+    QTest::newRow("dynamic, keys without a pen") << false << "nopen" << false;
+    QTest::newRow("three, resize before any data") << true << "resize" << false;
+    QTest::newRow("three, single sample") << true << "single" << false;
+    QTest::newRow("three, two samples (control)") << true << "two" << true;
+}
+
+void TestTrendChart::emptyAndShortCurves()
+{
+    QFETCH(bool, three);
+    QFETCH(QString, scenario);
+
+    auto chart = makeChart(three, false);
+    // Lay out first: the resize delivered before the first paint republishes
+    // the buffers over anything set directly.
+    QVERIFY(showAt(*chart, QSize(350, 350)));
+    if (scenario == "resize") {
+        sendResize(*chart);
+        QCOMPARE(chart->curveMap().size(), chart->curveCount());
+    } else if (scenario == "cleared") {
+        for (int k = 0; k < chart->curveCount(); ++k)
+            fill(*chart, k, 3);
+        chart->initValue();
+        chart->updateVector(0);
+    } else if (scenario == "nopen") {
+        chart->setCurveData(chart->curveCount(), {100.0, 200.0, 300.0});
+        chart->setCurveData(-1, {100.0, 200.0, 300.0});
+    } else {
+        chart->setCurveData(0, scenario == "two" ? QVector<double>{300.0, 100.0} : QVector<double>{200.0});
+    }
+    QTEST(curvePixels(chart->grab().toImage(), three) > 0, "curvePainted");
+}
+
+void TestTrendChart::curvePlacementAndPens_data()
+{
+    QTest::addColumn<bool>("three");
+    QTest::addColumn<int>("curve");
+    QTest::addColumn<double>("value");
+    QTest::addColumn<double>("heightFraction");
+
+    QTest::newRow("dynamic, input 230 V on 400") << false << 0 << 230.0 << 230.0 / 400.0;
+    QTest::newRow("dynamic, 420 above the box") << false << 3 << 420.0 << 1.05;
+    QTest::newRow("three, phase T at full scale") << true << 2 << 400.0 << 1.0;
+    QTest::newRow("three, load 35 % on 100") << true << 3 << 35.0 << 0.35;
+    QTest::newRow("three, 0 on curve 5 at the bottom") << true << 5 << 0.0 << 0.0;
+}
+
+void TestTrendChart::curvePlacementAndPens()
+{
+    QFETCH(bool, three);
+    QFETCH(int, curve);
+    QFETCH(double, value);
+    QFETCH(double, heightFraction);
+
+    const QSize size(400, 390);
+    auto chart = makeChart(three, false);
+    QVERIFY(showAt(*chart, size));
+    chart->setCurveData(curve, QVector<double>(20, value));
+    const QImage image = chart->grab().toImage();
+    const QRectF box = expectedPlotBox(size);
+    QCOMPARE(chart->plotArea(), box);
+    const double y = box.bottom() - heightFraction * box.height();
+    const QColor colour = curveColour(three, curve);
+    QVERIFY2(colourNear(image, qRound(box.right() - 40.0), y, colour), qPrintable(QString::number(y)));
+    // No other curve colour shows: each key has its own pen.
+    QCOMPARE(curvePixels(image, three), countColour(image, colour, image.rect()));
+}
+
+void TestTrendChart::untrustedValuesStillPaint()
+{
+    const QSize size(400, 390);
+    auto chart = makeChart(false, false);
+    QVERIFY(showAt(*chart, size));
+    // -1 read as unsigned, -1e300, NaN and infinity amid sane samples.
+    const double bad[] = {4294967295.0, -1e300, std::nan(""), std::numeric_limits<double>::infinity()};
+    for (int i = 0; i < 70; ++i)
+        chart->addData(0, i >= 40 && i < 44 ? bad[i - 40] : 200.0);
+    const QImage image = chart->grab().toImage();
+    // The sane samples on both sides of the bad ones are still drawn.
+    const QRectF box = expectedPlotBox(size);
+    const double y = box.bottom() - 0.5 * box.height();
+    QVERIFY(colourNear(image, qRound(box.right() - 50.0), y, DynamicColours[0]));
+    QVERIFY(colourNear(image, qRound(box.right() - 300.0), y, DynamicColours[0]));
+    // Tiny sizes lay out and paint without failing.
+    for (const QSize &tiny : {QSize(1, 1), QSize(12, 9)}) {
+        chart->resize(tiny);
+        QVERIFY(!chart->grab().isNull());
+    }
+}
+
+void TestTrendChart::gridAndTimeAxis()
+{
+    const QSize size(350, 350);
+    auto chart = makeChart(false, false);
+    QVERIFY(QMetaObject::invokeMethod(chart.get(), "setHorizontalLineColor", Q_ARG(QColor, QColor(Qt::red))));
+    QCOMPARE(chart->lineColor(), QColor(Qt::red));
+    QVERIFY(showAt(*chart, size));
+    const QImage image = chart->grab().toImage();
+    // The grid stays black and dotted whatever the line colour says.
+    QCOMPARE(countColour(image, Qt::red, image.rect()), 0);
+    const QRectF box = expectedPlotBox(size);
+    const QRect inner = box.toRect().adjusted(10, 10, -10, -10);
+    const int y = qRound(box.top() + box.height() / 2);
+    int black = 0;
+    for (int dy = -1; dy <= 1; ++dy)
+        black = qMax(black, countColour(image, Qt::black, QRect(inner.left(), y + dy, inner.width(), 1)));
+    QVERIFY2(black > inner.width() / 5 && black < inner.width() * 3 / 4, qPrintable(QString::number(black)));
+
+    // Eleven time labels 10 s apart, over midnight; milliseconds are dropped, not rounded.
+    const QStringList labels = TrendChart::timeAxisLabels(QDateTime(QDate(2024, 3, 1), QTime(23, 59, 30, 999)));
+    QCOMPARE(labels.size(), 11);
+    QCOMPARE(labels.at(0) + ' ' + labels.at(4) + ' ' + labels.at(10), QStringLiteral("23:58:50 23:59:30 00:00:30"));
+}
+
+void TestTrendChart::screenshots_data()
+{
+    QTest::addColumn<bool>("three");
+    QTest::addColumn<QString>("fileName");
+    QTest::newRow("dynamic") << false << "dynamicchart.png";
+    QTest::newRow("three") << true << "threedynamicchart.png";
+}
+
+void TestTrendChart::screenshots()
+{
+    QFETCH(bool, three);
+    QFETCH(QString, fileName);
+    // Rendered with a desktop-sized font (the offscreen default is 12 pt at 100 dpi).
+    auto chart = makeChart(three);
+    chart->setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    QVERIFY(showAt(*chart, QSize(800, 380)));
+    for (int i = 0; i < 200; ++i) {
+        if (three) {
+            // Three phases at 230 V, load at about 35 % on each phase.
+            for (int phase = 0; phase < 3; ++phase) {
+                chart->addData(phase, 230.0 + 2.0 * std::sin(i / 6.0 + 2.1 * phase));
+                chart->addData(3 + phase, 35.0 + 4.0 * phase + 1.5 * std::sin(i / 9.0 + phase));
+            }
+        } else {
+            // Mains with a slow ripple, a regulated output, the battery string
+            // at 54.6 V and the bypass following the input.
+            chart->addData(0, 230.0 + 3.0 * std::sin(i / 6.0));
+            chart->addData(1, 220.0);
+            chart->addData(2, 54.6);
+            chart->addData(3, 229.0 + 3.0 * std::sin(i / 6.0 + 0.4));
+        }
+    }
+    for (int k = 0; k < chart->curveCount(); ++k)
+        QCOMPARE(chart->bufferData(k).size(), chart->maxPoints());
+    // Curve 1 (green on both) runs across the whole box.
+    const QImage image = chart->grab().toImage();
+    int greenish = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor c = image.pixelColor(x, y);
+            greenish += c.green() > 200 && c.green() - qMax(c.red(), c.blue()) > 60;
+        }
+    }
+    QVERIFY(greenish > chart->plotArea().width() * 0.9);
+
+    if (qgetenv("ORVEK_WRITE_SCREENSHOTS") == "1") {
+        const QDir dir(qEnvironmentVariable("ORVEK_SOURCE_DIR", QStringLiteral(".")) + "/docs/screenshots");
+        QVERIFY(QDir().mkpath(dir.path()));
+        QVERIFY(image.save(dir.filePath(fileName)));
+    }
+}
+
+QTEST_MAIN(TestTrendChart)
+#include "tst_trendchart.moc"
