@@ -36,9 +36,6 @@ void TestChartForm::currentPageOnly_data()
 
     QTest::newRow("as constructed") << QList<int>{} << kThreePage;
     QTest::newRow("three then single") << QList<int>{kThreePage, kSinglePage} << kSinglePage;
-    // The stack ignores indexes without a page; the current page stays.
-    QTest::newRow("index 2 ignored") << QList<int>{kSinglePage, 2} << kSinglePage;
-    QTest::newRow("index -1 ignored") << QList<int>{-1} << kThreePage;
 }
 
 void TestChartForm::currentPageOnly()

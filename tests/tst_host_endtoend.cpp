@@ -131,10 +131,6 @@ void TestHostEndToEnd::settingsPageRequestReachesAgent()
     QTRY_COMPARE_WITH_TIMEOUT(writesOf(m_sim), (QList<QPair<int, int>>{{1, kAllBits}}), 5000);
     QTRY_VERIFY_WITH_TIMEOUT(loggedEvents().contains(QStringLiteral("1042 host-e2e excute Selftest successful")),
                              5000);
-
-    m_host->setUserInfo(QStringLiteral("viewer"), 0);
-    QVERIFY(!page->isEnabled());
-    m_host->setUserInfo(QStringLiteral("operator"), 1);
     view->hide();
 }
 
@@ -167,8 +163,6 @@ void TestHostEndToEnd::dataLogHasHeaderAndRows()
     const QStringList lines = HostTest::fileLines(path);
     const QStringList header = HostTest::csvFields(lines.first());
     QCOMPARE(header, QStringList{"time"} + session()->client()->getDataLogDesc());
-    QCOMPARE(header.size(), 16);
-    QCOMPARE(header.at(1), QStringLiteral("Input voltage(V)"));
     QCOMPARE(lines.mid(1).filter(QStringLiteral("Input voltage")).size(), 0); // one header only
     for (const QString &line : lines.mid(1)) {
         const QStringList row = HostTest::csvFields(line);

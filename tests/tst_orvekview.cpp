@@ -20,7 +20,6 @@ private slots:
     void layoutBuiltOnceAndRepaired();
     void buttonRequests_data();
     void buttonRequests();
-    void timeSetWithoutTimeEditSendsNothing();
     void tableRowsFollowMap();
 };
 
@@ -87,19 +86,6 @@ void TestOrvekView::buttonRequests()
     QCOMPARE(spy.at(0).at(0).toInt(), id);
     const auto map = spy.at(0).at(1).value<QMap<QString, QVariant>>();
     QCOMPARE(map, (QMap<QString, QVariant>{{"name", "UPS-West"}, {"controlId", id}, {"controlValue", value}}));
-}
-
-void TestOrvekView::timeSetWithoutTimeEditSendsNothing()
-{
-    OrvekView view;
-    view.refreshLayout();
-    delete view.findChild<QDateTimeEdit *>("timeEdit");
-    QSignalSpy spy(&view, &CollectView::postDEvent);
-    view.findChild<QPushButton *>("timeSet")->click();
-    QCOMPARE(spy.count(), 0);
-    // A direct call without a sending button does nothing either.
-    view.pushButtonSlot();
-    QCOMPARE(spy.count(), 0);
 }
 
 void TestOrvekView::tableRowsFollowMap()

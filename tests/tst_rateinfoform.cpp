@@ -6,8 +6,6 @@
 
 using DataMap = QMap<int, QVariant>;
 
-Q_DECLARE_METATYPE(DataMap)
-
 namespace {
 
 QList<ParameterInformation *> allParams(const RateInfoForm &form)
@@ -27,13 +25,6 @@ QString shown(const RateInfoForm &form, const QString &name)
     return QStringLiteral("<no record %1>").arg(name);
 }
 
-QString shownAfter(const DataMap &map, const QString &name)
-{
-    RateInfoForm form;
-    form.RefreshRateInfo(map);
-    return shown(form, name);
-}
-
 } // namespace
 
 class TestRateInfoForm : public QObject
@@ -45,9 +36,6 @@ private slots:
     void codesAndLimits();
     void phaseSwitching_data();
     void phaseSwitching();
-    void getPvalueKinds_data();
-    void getPvalueKinds();
-    void addComboKeepsLastCodeOfRepeatedText();
     void deviceMapAndRefreshes();
     void hostileValuesNeverBreakTheForm();
 };
@@ -78,7 +66,9 @@ void TestRateInfoForm::codesAndLimits()
     QFETCH(QString, name);
     QFETCH(int, id);
     QFETCH(QVariant, value);
-    QTEST(shownAfter({{id, value}}, name), "text");
+    RateInfoForm form;
+    form.RefreshRateInfo({{id, value}});
+    QTEST(shown(form, name), "text");
 }
 
 void TestRateInfoForm::phaseSwitching_data()
@@ -118,67 +108,12 @@ void TestRateInfoForm::phaseSwitching()
     QTEST(texts.join(QLatin1Char('|')), "expected");
 }
 
-void TestRateInfoForm::getPvalueKinds_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<float>("scale");
-    QTest::addColumn<int>("phases");
-    QTest::addColumn<int>("length");
-    QTest::addColumn<QString>("unit");
-    QTest::addColumn<DataMap>("map");
-    QTest::addColumn<QString>("text");
-
-    const float one = 1.0f;
-    const float tenth = 0.1f;
-    // Records read id 10 (and following ids for the multi-value kinds).
-    QTest::newRow("0 scaled truncates") << 0 << tenth << 1 << 0 << "%" << DataMap{{10, 2309}} << "230 %";
-    QTest::newRow("0 negative truncates toward zero") << 0 << tenth << 1 << 0 << "" << DataMap{{10, -7}} << "0";
-    QTest::newRow("1 three missing") << 1 << one << 3 << 0 << "" << DataMap{{10, 5}} << "5/0/0";
-    QTest::newRow("2 three pairs") << 2 << one << 3 << 0 << ""
-                                   << DataMap{{10, 1}, {11, 9}, {12, 2}, {13, 9}, {14, 3}} << "1/2/3";
-    QTest::newRow("4 max register") << 4 << tenth << 1 << 0 << "V" << DataMap{{10, 65535}} << "6553.5 V";
-    QTest::newRow("5 three") << 5 << tenth << 3 << 0 << "A" << DataMap{{10, 52}, {11, 48}} << "5.2/4.8/0.0 A";
-    QTest::newRow("9 to zero byte") << 9 << one << 1 << 5 << ""
-                                    << DataMap{{10, 'U'}, {11, 'P'}, {12, 'S'}, {13, 0}, {14, 'X'}} << "UPS";
-    QTest::newRow("10 bytes with padding") << 10 << one << 1 << 0 << ""
-                                           << DataMap{{10, QByteArray("Model\0\0\0", 8)}} << "Model";
-    QTest::newRow("11 without codes") << 11 << one << 1 << 0 << "" << DataMap{{10, 0}} << "";
-}
-
-void TestRateInfoForm::getPvalueKinds()
-{
-    QFETCH(DataMap, map);
-    RateInfoForm form;
-    form.RefreshRateInfo(map);
-    ParameterInformation p;
-    QFETCH(int, kind);
-    QFETCH(float, scale);
-    QFETCH(int, phases);
-    QFETCH(int, length);
-    QFETCH(QString, unit);
-    p.kind = kind;
-    p.scale = scale;
-    p.phases = phases;
-    p.length = length;
-    p.unit = unit;
-    p.dataId = 10;
-    QTEST(form.getPvalue(&p), "text");
-}
-
-void TestRateInfoForm::addComboKeepsLastCodeOfRepeatedText()
-{
-    ParameterInformation p;
-    p.addCombo({"a", "b", "a", "c"});
-    QCOMPARE(p.combo, (QMap<QString, int>{{"a", 2}, {"b", 1}, {"c", 3}}));
-}
-
 void TestRateInfoForm::deviceMapAndRefreshes()
 {
     RateInfoForm form;
     QCOMPARE(shown(form, "battery voltage:"), QStringLiteral("- V")); // before the first refresh
     form.RefreshRateInfo(ViewSampleData::deviceData(false));
     QCOMPARE(shown(form, "Manufacturer name"), QStringLiteral("Example Power")); // no NUL padding
-    QCOMPARE(shown(form, "Agent location"), QStringLiteral("Building 2, floor 1"));
     QCOMPARE(shown(form, "Output Mode:"), QStringLiteral("Utility Supply"));
     QCOMPARE(shown(form, "Rated input frequency"), QStringLiteral("50.0 Hz"));
     QCOMPARE(shown(form, "battery capacity:"), QStringLiteral("100 %"));

@@ -16,14 +16,6 @@ namespace {
 constexpr int kLabelColumn = 1;
 constexpr int kValueColumn = 2;
 
-DataPoints pointsFrom(std::initializer_list<std::pair<int, QVariant>> values)
-{
-    DataPoints map;
-    for (const auto &entry : values)
-        map.insert(entry.first, entry.second);
-    return map;
-}
-
 } // namespace
 
 class TestRTDataForm : public QObject
@@ -77,16 +69,16 @@ void TestRTDataForm::values_data()
 
     // Battery current (5) is a signed 16-bit quantity in an unsigned register.
     QTest::newRow("single phase")
-        << pointsFrom({{0, 3},   {1, 3600}, {2, 27},  {3, 98},  {4, 2715}, {5, 65526}, {6, 100}, {7, 4},
+        << DataPoints{{0, 3},   {1, 3600}, {2, 27},  {3, 98},  {4, 2715}, {5, 65526}, {6, 100}, {7, 4},
                        {8, 1},   {9, 229},  {10, 999}, {12, 38}, {15, 499}, {18, 860}, {19, 1},  {24, 5},
-                       {25, 600}, {27, 230}, {30, 35},  {33, 805}, {39, 35}, {42, 501}, {44, 231}, {47, 7}, {50, 90}})
+                       {25, 600}, {27, 230}, {30, 35},  {33, 805}, {39, 35}, {42, 501}, {44, 231}, {47, 7}, {50, 90}}
         << "Low|3600|27|98|271.5|-1.0|100|4|229|3.8|49.9|860|Battery supply|60.0|230|3.5|805|35|50.1|231|0.7|90";
     // Codes outside their lists, the signed limits, temperatures above 100.
     QTest::newRow("codes and limits")
-        << pointsFrom({{0, 5}, {24, 8}, {5, 32768}, {6, 101}})
+        << DataPoints{{0, 5}, {24, 8}, {5, 32768}, {6, 101}}
         << "Normal|0|0|0|0.0|-3276.8|--|0|0|0.0|0.0|0|None supply|0.0|0|0.0|0|0|0.0|0|0.0|0";
     QTest::newRow("codes and limits 2")
-        << pointsFrom({{0, 0}, {24, 0}, {5, 32767}, {6, 65535}})
+        << DataPoints{{0, 0}, {24, 0}, {5, 32767}, {6, 65535}}
         << "Normal|0|0|0|0.0|3276.7|--|0|0|0.0|0.0|0|None supply|0.0|0|0.0|0|0|0.0|0|0.0|0";
     // Three-phase power uses the low halves: 18, 20, 22 (19 and 21 are skipped).
     DataPoints three;
@@ -99,9 +91,9 @@ void TestRTDataForm::values_data()
            "1018/1020/1022|None supply|102.5|1027/1028/1029|103.0/103.1/103.2|1033/1035/1037|1039/1040/1041|"
            "104.2|1044/1045/1046|104.7/104.8/104.9|1050/1052/1054";
     QTest::newRow("wrong types")
-        << pointsFrom({{0, true}, {9, QStringLiteral("volts")}, {3, QByteArray("87")}, {4, 2714.6},
+        << DataPoints{{0, true}, {9, QStringLiteral("volts")}, {3, QByteArray("87")}, {4, 2714.6},
                        {15, std::numeric_limits<double>::infinity()}, {27, 1e300}, {6, -3}, {30, QVariantList{1, 2}},
-                       {12, QStringLiteral("231")}, {-1, 3}, {73, 3}, {2006, 1}, {4000, QByteArray("X")}})
+                       {12, QStringLiteral("231")}, {-1, 3}, {73, 3}, {2006, 1}, {4000, QByteArray("X")}}
         << "Unknown|0|0|87|271.5|0.0|-3|0|0|23.1|0.0|0|None supply|0.0|0|0.0|0|0|0.0|0|0.0|0";
 }
 
@@ -137,9 +129,8 @@ void TestRTDataForm::threePhaseLabels()
     QFETCH(int, output);
     QFETCH(int, bypass);
     // From the other layout first: labels must follow every refresh.
-    form->RefreshRTDataInfo(
-        pointsFrom({{8, input == 3 ? 1 : 3}, {26, output == 3 ? 1 : 3}, {43, bypass == 3 ? 1 : 3}}));
-    form->RefreshRTDataInfo(pointsFrom({{8, input}, {26, output}, {43, bypass}}));
+    form->RefreshRTDataInfo({{8, input == 3 ? 1 : 3}, {26, output == 3 ? 1 : 3}, {43, bypass == 3 ? 1 : 3}});
+    form->RefreshRTDataInfo({{8, input}, {26, output}, {43, bypass}});
     QStringList labels;
     for (int row : {9, 12, 15, 18, 20, 22})
         labels << table->item(row, kLabelColumn)->text();
@@ -166,7 +157,7 @@ void TestRTDataForm::hiddenRowsAndReset()
         full.insert(id, 7);
     full[8] = full[26] = full[43] = 3;
     form->RefreshRTDataInfo(full);
-    form->RefreshRTDataInfo(pointsFrom({{1, 125}, {8, 1}, {12, 57}}));
+    form->RefreshRTDataInfo({{1, 125}, {8, 1}, {12, 57}});
     QCOMPARE(cells(kValueColumn, 2, 2) + cells(kValueColumn, 10, 10), QStringLiteral("1255.7"));
     QCOMPARE(hiddenRows(), hidden);
 

@@ -13,9 +13,6 @@
 
 namespace {
 
-const char kAccept[] = "btnBlue";
-const char kDismiss[] = "btnWhite";
-
 QString uniqueDevice(const char *tag)
 {
     return QStringLiteral("viewsb-setinfo-%1-%2").arg(QLatin1String(tag)).arg(QCoreApplication::applicationPid());
@@ -76,18 +73,17 @@ void TestSetInfoForm::confirmedChoiceSendsRequest_data()
     QTest::addColumn<int>("id");       // 0: nothing may be sent
     QTest::addColumn<QString>("value");
 
-    QTest::newRow("self-test") << "DevTest_0" << true << "60" << true << "UPS Self-test for 10 seconds?" << 1003 << "";
+    const QString selfTest = QStringLiteral("UPS Self-test for 10 seconds?");
+    QTest::newRow("self-test") << "DevTest_0" << true << "60" << true << selfTest << 1003 << "";
+    QTest::newRow("self-test dismissed") << "DevTest_0" << true << "60" << false << selfTest << 0 << "";
     QTest::newRow("discharge test")
         << "DevTest_2" << true << "60" << true << "UPS Discharge test to low voltage?" << 1005 << "";
-    QTest::newRow("self-test dismissed") << "DevTest_0" << true << "60" << false << "UPS Self-test for 10 seconds?"
-                                         << 0 << "";
     QTest::newRow("shutdown") << "OffSet_0" << false << "60" << true << "UPS shutdown?" << 1007 << "12";
     QTest::newRow("standby 15 min") << "OffSet_1" << false << "15" << true << "UPS to standby?" << 1008 << "900";
     QTest::newRow("standby empty") << "OffSet_1" << false << "" << true << "UPS to standby?" << 1008 << "0";
-    QTest::newRow("wake up") << "OffSet_2" << false << "60" << true << "UPS will wake up from standby state?" << 1013
-                             << "";
-    QTest::newRow("restart ignores minutes") << "OffSet_3" << false << "15" << true << "Restart the UPS?" << 1008
-                                             << "60";
+    QTest::newRow("wake up")
+        << "OffSet_2" << false << "60" << true << "UPS will wake up from standby state?" << 1013 << "";
+    QTest::newRow("restart ignores minutes") << "OffSet_3" << false << "15" << true << "Restart the UPS?" << 1008 << "60";
 }
 
 void TestSetInfoForm::confirmedChoiceSendsRequest()
@@ -111,14 +107,13 @@ void TestSetInfoForm::confirmedChoiceSendsRequest()
     QTest::mouseClick(radio, Qt::LeftButton);
     QVERIFY(radio->isChecked());
     auto *field = form.findChild<QLineEdit *>("OffSet_1_Time");
-    field->selectAll();
-    field->del();
+    field->clear();
     QTest::keyClicks(field, minutes);
     QCOMPARE(field->text(), minutes);
 
     QPushButton *ok = okButton(form, testGroup);
     QVERIFY(ok);
-    ModalClicker clicker(QLatin1String(accept ? kAccept : kDismiss));
+    ModalClicker clicker(QLatin1String(accept ? "btnBlue" : "btnWhite")); // OK or Cancel of the confirmation
     QTest::mouseClick(ok, Qt::LeftButton);
     QVERIFY(clicker.clicked());
     QVERIFY2(clicker.dialogTexts().contains(question), qPrintable(clicker.dialogTexts().join('|')));

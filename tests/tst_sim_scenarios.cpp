@@ -6,41 +6,20 @@
 
 Q_DECLARE_METATYPE(UpsSimulator::Profile)
 
-namespace {
-
-int signedValue(quint16 raw)
-{
-    return qint16(raw);
-}
-
-} // namespace
-
 class TestSimScenarios : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void scenarioNames();
     void stories_data();
     void stories();
     void batteryRunsDownAndRecharges();
+    void outputOffZeroesOutputValues();
     void phaseCounts_data();
     void phaseCounts();
     void pinnedMeasurementsAndForcedAlarms();
     void invalidArgumentsIgnored();
 };
-
-void TestSimScenarios::scenarioNames()
-{
-    const QStringList names = UpsSimulator::scenarioNames();
-    for (const char *name : {"normal", "mains-failure", "mains-return", "demo", "bypass", "alarm-flips"})
-        QVERIFY2(names.contains(QLatin1String(name)), name);
-
-    UpsSimulator sim;
-    QVERIFY(sim.setScenario(QStringLiteral("bypass")));
-    QVERIFY(!sim.setScenario(QStringLiteral("flood")));
-    QCOMPARE(sim.scenario(), QStringLiteral("bypass"));
-}
 
 // Steps: "wR=V" writes value V to register R, "tS" advances S simulated seconds.
 void TestSimScenarios::stories_data()
@@ -64,6 +43,8 @@ void TestSimScenarios::stories_data()
     row("mains-return back", "mains-return", "t121", 3, {}, {2, 3, 4, 6});
     row("bypass", "bypass", "t6", 4, {9}, {2, 6});
     row("alarm-flips repeats", "alarm-flips", "t36", 3, {5}, {8, 16});
+    row("demo on battery", "demo", "t20", 5, {2}, {3});
+    row("demo mains back", "demo", "t50", 3, {}, {2});
 
     // The control commands' effects; 65535 is the trigger value.
     row("shutdown countdown", "normal", "w7=12 t6.5", 3, {21}, {22, 14, 11});
@@ -125,7 +106,7 @@ void TestSimScenarios::batteryRunsDownAndRecharges()
     for (int id : {9, 12, 15, 18, 42, 44}) // the mains and the bypass are gone
         QCOMPARE(int(sim.measurement(id)), 0);
     QCOMPARE(int(sim.measurement(27)), 230);
-    QVERIFY(signedValue(sim.measurement(5)) < 0); // two's complement, discharging
+    QVERIFY(qint16(sim.measurement(5)) < 0); // two's complement, discharging
     QCOMPARE(int(sim.measurement(1)), 25);        // seconds on battery
     QCOMPARE(int(sim.measurement(7)), 1);         // mains failures
     QVERIFY(sim.measurement(3) < 100);
@@ -139,11 +120,25 @@ void TestSimScenarios::batteryRunsDownAndRecharges()
     sim.advance(121);
     QCOMPARE(int(sim.measurement(9)), 230);
     QCOMPARE(int(sim.measurement(1)), 0);
-    QVERIFY(signedValue(sim.measurement(5)) > 0);
+    QVERIFY(qint16(sim.measurement(5)) > 0);
     const int capacity = sim.measurement(3);
     QVERIFY(capacity < 25);
     sim.advance(120);
     QVERIFY(sim.measurement(3) > capacity);
+}
+
+void TestSimScenarios::outputOffZeroesOutputValues()
+{
+    UpsSimulator sim(UpsSimulator::Profile::Three);
+    const QList<int> outputIds = {25, 27, 28, 29, 30, 31, 32, 33, 35, 37, 39, 40, 41};
+    sim.writeRegister(7, 0);
+    for (int id : outputIds)
+        QCOMPARE(int(sim.measurement(id)), 0);
+    QCOMPARE(int(sim.measurement(9)), 230); // the mains are still there
+
+    sim.writeRegister(5, 0xFFFF);
+    for (int id : outputIds)
+        QVERIFY2(sim.measurement(id) > 0, qPrintable(QString::number(id)));
 }
 
 void TestSimScenarios::phaseCounts_data()
@@ -198,7 +193,7 @@ void TestSimScenarios::pinnedMeasurementsAndForcedAlarms()
     QVERIFY(sim.alarm(3));  // forced on, its condition has not changed yet
 
     sim.releaseMeasurement(5);
-    QVERIFY(signedValue(sim.measurement(5)) < 0);
+    QVERIFY(qint16(sim.measurement(5)) < 0);
     sim.setMeasurement(9, 123);
     QVERIFY(sim.setScenario(QStringLiteral("normal")));
     QCOMPARE(int(sim.measurement(9)), 230);
@@ -220,6 +215,9 @@ void TestSimScenarios::invalidArgumentsIgnored()
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("time scale")));
     sim.setTimeScale(0);
     sim.advance(-5);
+
+    QVERIFY(!sim.setScenario(QStringLiteral("flood")));
+    QCOMPARE(sim.scenario(), QStringLiteral("normal"));
 
     QCOMPARE(spy.size(), 0);
     QVERIFY(!sim.alarm(-1));

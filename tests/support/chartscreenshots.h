@@ -9,33 +9,31 @@
 
 class QWidget;
 
-// Screenshots of the data and graphic pages, saved to docs/screenshots. Writing is
-// opt-in (ORVEK_WRITE_SCREENSHOTS=1) so that ordinary test runs leave the
-// source tree alone.
+// Screenshots of the pages, saved to docs/screenshots of the source tree.
+// Writing is opt-in (ORVEK_WRITE_SCREENSHOTS=1) so that ordinary test runs
+// leave the source tree alone.
 namespace ChartScreenshots {
 
 bool enabled();
 
 // Switches the application to a desktop-sized font (the offscreen platform
-// defaults to 12 pt). Call it before creating the widgets to shoot: widgets
-// with style sheets keep the font they were created with.
+// defaults to 12 pt). Widgets keep the font they were created with, so call
+// it before creating the widgets to shoot.
 void useDesktopFont();
 
-// Resizes and shows `widget` off screen and waits until it is exposed, so
-// that charts know their plot box before data arrives.
+// Resizes and shows `widget` off screen and paints it once, so that charts
+// know their plot box before data arrives.
 bool showOffscreen(QWidget *widget, const QSize &size);
 
-// Saves a grab of `widget` to docs/screenshots/<fileName> of the source tree.
-// Returns the path written, or an empty string when the source tree is
-// unknown or saving failed.
+// Saves a grab of `widget` as docs/screenshots/<fileName>; returns the path
+// written, or an empty string when the source tree is unknown or saving failed.
 QString save(QWidget *widget, const QString &fileName);
 
-// The data point map the simulated agent delivers after one full polling
-// rotation, single- or three-phase, in normal online operation.
+// The simulated agent's data point map after one full polling rotation.
 QMap<int, QVariant> agentImage(bool threePhase);
 
 // One map per simulated second of the agent's demo story (mains failure at
-// 10 s, battery running down, mains return at 45 s), for trend curves.
+// 10 s, battery running down, mains return at 45 s).
 QList<QMap<int, QVariant>> agentStory(bool threePhase, int seconds);
 
 } // namespace ChartScreenshots

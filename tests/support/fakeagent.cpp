@@ -66,20 +66,12 @@ QList<QByteArray> FakeAgent::requests() const
     return m_requests;
 }
 
-int FakeAgent::connectionCount() const
-{
-    QMutexLocker locker(&m_lock);
-    return m_connections;
-}
-
 void FakeAgent::onNewConnection()
 {
     while (QTcpSocket *s = m_server->nextPendingConnection()) {
         s->setParent(this);
         connect(s, &QTcpSocket::readyRead, this, &FakeAgent::onReadyRead);
         connect(s, &QTcpSocket::disconnected, s, &QObject::deleteLater);
-        QMutexLocker locker(&m_lock);
-        ++m_connections;
     }
 }
 

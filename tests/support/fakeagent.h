@@ -26,11 +26,9 @@ public:
     // Starts listening on 127.0.0.1 (port 0 = any free port); returns the port.
     quint16 start(quint16 port = 0);
     void stop();
-    quint16 port() const { return m_port; }
 
     void setResponder(Responder responder);
     QList<QByteArray> requests() const;
-    int connectionCount() const;
 
     // Answer builders (transaction id 0, unit 1).
     static QByteArray answer(quint8 function, const QByteArray &data);
@@ -51,7 +49,6 @@ private:
     Responder m_responder;
     QList<QByteArray> m_requests;
     QByteArray m_pending;
-    int m_connections = 0;
 };
 
 #endif // FAKEAGENT_H
