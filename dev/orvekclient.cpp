@@ -7,6 +7,7 @@
 #include <QTcpSocket>
 #include <QTimer>
 #include <ctime>
+#include <limits>
 
 #include "orvekfont.h"
 // The core-only build (sanitizer runs) leaves the views out.
@@ -14,7 +15,7 @@
 #include "childform.h"
 #endif
 
-Q_LOGGING_CATEGORY(lcOrvekClient, "orvek.client", QtInfoMsg)
+Q_LOGGING_CATEGORY(lcOrvekClient, "orvek.client")
 
 namespace {
 
@@ -248,13 +249,18 @@ void OrvekClient::run()
     QTimer timer;
     // Divided a second time on purpose: a configured 60 s ticks every 3 s.
     interval = quarterInterval(interval);
-    timer.setInterval(interval * 1000);
+    timer.setInterval(intervalMs());
     connect(&timer, &QTimer::timeout, this, &OrvekClient::threadTimer, Qt::DirectConnection);
     QTimer::singleShot(0, &timer, SLOT(start()));
     exec();
     timer.stop();
     delete socket; // made by threadTimer in this thread
     socket = nullptr;
+}
+
+int OrvekClient::intervalMs() const
+{
+    return int(qBound<qint64>(0, qint64(interval) * 1000, std::numeric_limits<int>::max()));
 }
 
 void OrvekClient::poll()
@@ -361,7 +367,7 @@ void OrvekClient::UPS_sendMessage()
 {
     socket->write(readRequest(requestIndex));
     socket->waitForBytesWritten(-1);
-    socket->waitForReadyRead(interval * 1000);
+    socket->waitForReadyRead(intervalMs());
     if (socket->bytesAvailable() > 0)
         readMessage();
     // The rotation moves on whether or not this request was answered.
@@ -493,7 +499,7 @@ void OrvekClient::reportData()
     flushUpsInfo(QStringLiteral("IdentManufacturer"), dataPoints.value(kIdManufacturer));
     flushUpsInfo(QStringLiteral("name"), name);
     flushUpsInfo(QStringLiteral("upsIdentModel"), dataPoints.value(kIdModel));
-    flushUpsInfo(QStringLiteral("portInfo"), QStringLiteral("tcp:%1:%2").arg(targetAddress).arg(targetPort));
+    flushUpsInfo(QStringLiteral("portInfo"), QStringLiteral("tcp:%1:%2").arg(targetAddress, QString::number(targetPort)));
     flushUpsInfo(QStringLiteral("state"), lostState);
     flushUpsInfo(QStringLiteral("upsAddr"), QStringLiteral("1"));
     flushUpsInfo(QStringLiteral("upsLoad"), dataPoints.value(kIdOutputLoad).toInt());
@@ -564,7 +570,7 @@ void OrvekClient::sendCommand(quint8 reg, quint16 value)
 {
     socket->waitForBytesWritten(-1);
     socket->write(writeRequest(reg, value));
-    socket->waitForReadyRead(interval * 1000);
+    socket->waitForReadyRead(intervalMs());
     // The answer only means the device saw the request; it is not checked.
     if (socket->bytesAvailable() > 0)
         socket->readAll();

@@ -68,8 +68,8 @@ public:
     DataPointMap dataPoints;
     int requestIndex = 0;
 
-public slots:
-    int control(int id, QString value) override;
+    // Overrides of the contract's slots; the host reaches them through the
+    // base class's meta-object.
     QStringList getDataLogDesc() override;
     QStringList changeLogData(QMap<int, QVariant> data) override;
     QStringList getEventLogDesc() override;
@@ -77,6 +77,9 @@ public slots:
     void loadConfig() override;
     CollectThread *create(void *handle) override;
     void poll() override;
+
+public slots:
+    int control(int id, QString value) override;
 
 private slots:
     void threadTimer();
@@ -90,6 +93,8 @@ private:
     bool decodeAlarms(const QByteArray &buffer, EventMap &ev);
     bool takeNextCommand(ControlCmd &cmd);
     void sendCommand(quint8 reg, quint16 value);
+    // The scaled interval in milliseconds, saturated for absurd settings.
+    int intervalMs() const;
 
     int reconnectPauseMs;
     int connectWaitMs;

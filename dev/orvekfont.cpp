@@ -175,13 +175,27 @@ void OrvekFont::fillEventLogTexts()
         QString(),
         QString(),
     };
-    for (int module = 1; module <= 4; ++module) {
-        eventLogTexts << tr("Temperature and humidity module %1 communication lost").arg(module)
-                      << tr("Temperature and humidity module %1 temperature is too high").arg(module)
-                      << tr("Temperature and humidity module %1 temperature is too low").arg(module)
-                      << tr("Temperature and humidity module %1 humidity is too high").arg(module)
-                      << tr("Temperature and humidity module %1 humidity is too low").arg(module);
-    }
+    // Each text is spelled out so that translators see it whole.
+    eventLogTexts << tr("Temperature and humidity module 1 communication lost")
+                  << tr("Temperature and humidity module 1 temperature is too high")
+                  << tr("Temperature and humidity module 1 temperature is too low")
+                  << tr("Temperature and humidity module 1 humidity is too high")
+                  << tr("Temperature and humidity module 1 humidity is too low")
+                  << tr("Temperature and humidity module 2 communication lost")
+                  << tr("Temperature and humidity module 2 temperature is too high")
+                  << tr("Temperature and humidity module 2 temperature is too low")
+                  << tr("Temperature and humidity module 2 humidity is too high")
+                  << tr("Temperature and humidity module 2 humidity is too low")
+                  << tr("Temperature and humidity module 3 communication lost")
+                  << tr("Temperature and humidity module 3 temperature is too high")
+                  << tr("Temperature and humidity module 3 temperature is too low")
+                  << tr("Temperature and humidity module 3 humidity is too high")
+                  << tr("Temperature and humidity module 3 humidity is too low")
+                  << tr("Temperature and humidity module 4 communication lost")
+                  << tr("Temperature and humidity module 4 temperature is too high")
+                  << tr("Temperature and humidity module 4 temperature is too low")
+                  << tr("Temperature and humidity module 4 humidity is too high")
+                  << tr("Temperature and humidity module 4 humidity is too low");
 
     eventLogTexts << tr("Communications between agent and UPS normal")
                   << tr("Battery normal")

@@ -323,11 +323,11 @@ void Energyline::flushData(QMap<int, QVariant> map)
     }
     bypassFrequencyText = tenths(v[BypassFrequencyId]);
 
-    // The identity blocks arrive as fixed-size byte blocks padded with NULs
-    // (the conversion stops at the first) or spaces (trimmed for display).
+    // The identity blocks arrive as fixed-size byte blocks padded with NULs;
+    // the conversion to text stops at the first. Only the type is simplified.
     deviceTypeText = map.value(kDeviceTypeId).toString().simplified();
-    manufacturerText = map.value(kManufacturerId).toString().trimmed();
-    deviceNameText = map.value(kDeviceNameId).toString().trimmed();
+    manufacturerText = map.value(kManufacturerId).toString();
+    deviceNameText = map.value(kDeviceNameId).toString();
 
     if (v[OutputPhasesId] != kSinglePhase) {
         outputVoltageText = QString::asprintf("%d/%d/%d V", v[OutputVoltageId], v[OutputVoltageId + 1],

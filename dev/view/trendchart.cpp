@@ -1,5 +1,6 @@
 #include "trendchart.h"
 
+#include <QCoreApplication>
 #include <QDate>
 #include <QFontMetricsF>
 #include <QLine>
@@ -138,7 +139,8 @@ QStringList TrendChart::timeAxisLabels(const QDateTime &now)
     labels.reserve(TimeAxisLabelCount);
     const QString format = QString::fromLatin1(TimeAxisFormat);
     for (int i = 0; i < TimeAxisLabelCount; ++i)
-        labels.append(now.addSecs(TimeAxisFirstOffsetSecs + TimeAxisStepSecs * i).toString(format));
+        labels.append(QDateTime(now.date(), now.time().addSecs(TimeAxisFirstOffsetSecs + TimeAxisStepSecs * i))
+                          .toString(format));
     return labels;
 }
 
@@ -233,7 +235,7 @@ QVector<TrendChart::ValueLabel> TrendChart::buildValueLabels(int top, int step) 
     QVector<ValueLabel> labels;
     labels.reserve(GridDivisions + 1);
     for (int k = 0; k <= GridDivisions; ++k) {
-        const QString text = tr("%1").arg(top - step * k);
+        const QString text = QCoreApplication::translate(metaObject()->className(), "%1").arg(top - step * k);
         labels.append({text, metrics.horizontalAdvance(text)});
     }
     return labels;
