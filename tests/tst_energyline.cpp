@@ -1,8 +1,13 @@
+// Energy-flow diagram: panel texts, flow flags per supply mode, the flow
+// animation, click hit-testing (also scaled), the capacity colours, and
+// screenshots with the simulated agent's data.
+
 #include <QtTest>
 
 #include <QImage>
 #include <QMouseEvent>
 
+#include "chartscreenshots.h"
 #include "energyline.h"
 
 using DataPoints = QMap<int, QVariant>;
@@ -22,7 +27,9 @@ QString texts(const Energyline &v)
         .join(QLatin1Char('|'));
 }
 
-// One letter per flag that is on, '-' where it is off.
+// One letter per flag that is on, '-' where it is off: flows I(nput)
+// C(harge) D(ischarge) R(ectifier) O(utput) B(ypass); info panels i(nput)
+// b(ypass) u(ps) l(oad) (ba)t(tery).
 QString flagWord(const QVector<bool> &on, const char *letters)
 {
     QString word;
@@ -31,7 +38,6 @@ QString flagWord(const QVector<bool> &on, const char *letters)
     return word;
 }
 
-// I(nput) C(harge) D(ischarge) R(ectifier) O(utput) B(ypass)
 QString flows(const Energyline &v)
 {
     return flagWord({v.isInputFlow(), v.isChargeFlow(), v.isDischargeFlow(), v.isRectifierFlow(),
@@ -39,7 +45,6 @@ QString flows(const Energyline &v)
                     "ICDROB");
 }
 
-// Info panels: i(nput) b(ypass) u(ps) l(oad) (ba)t(tery)
 QString panels(const Energyline &v)
 {
     return flagWord({v.inputInfoShown(), v.bypassInfoShown(), v.deviceInfoShown(), v.loadInfoShown(),
@@ -52,14 +57,6 @@ void press(Energyline &view, const QPointF &pos)
     QMouseEvent event(QEvent::MouseButtonPress, pos, view.mapToGlobal(pos.toPoint()), Qt::LeftButton,
                       Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(&view, &event);
-}
-
-QImage renderOf(Energyline &view)
-{
-    QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::white);
-    view.render(&image, QPoint(), QRegion(), QWidget::DrawChildren); // no window background
-    return image;
 }
 
 QPointF centre(const QSize &size)
@@ -77,12 +74,13 @@ private slots:
     void textFormats();
     void flowFlagsAndMode_data();
     void flowFlagsAndMode();
-    void allOffLeavesRectifier();
     void flowAnimation();
     void clickToggles_data();
     void clickToggles();
     void capacityColour_data();
     void capacityColour();
+    void screenshots_data();
+    void screenshots();
 };
 
 void TestEnergyline::textFormats_data()
@@ -107,8 +105,6 @@ void TestEnergyline::textFormats_data()
     QTest::newRow("odd counts and codes")
         << DataPoints{{8, 2}, {9, QStringLiteral("abc")}, {43, 1}, {44, -12}, {6, -5}, {0, 10}}
         << "0/0/0 V|0.0/0.0/0.0 A|0.0|-12 V|0.0/0.0/0.0 A|0/0/0 kW|0.0 Hz|--|Normal|";
-    QTest::newRow("empty map") << DataPoints()
-                               << "0/0/0 V|0.0/0.0/0.0 A|0.0|0/0/0 V|0.0/0.0/0.0 A|0/0/0 kW|0.0 Hz|0.0|Normal|";
 }
 
 void TestEnergyline::textFormats()
@@ -124,7 +120,7 @@ void TestEnergyline::flowFlagsAndMode_data()
     QTest::addColumn<int>("source");
     QTest::addColumn<int>("batteryStatus");
     QTest::addColumn<QString>("expectedFlows");
-    QTest::addColumn<QString>("expectedSource");
+    QTest::addColumn<QString>("expectedSource"); // source -1: set_all_off_Flow() instead of new data
 
     QTest::newRow("utility") << 3 << 2 << "I-DRO-" << "Utility supply";
     QTest::newRow("utility, float charging") << 3 << 7 << "ICDRO-" << "Utility supply";
@@ -133,6 +129,7 @@ void TestEnergyline::flowFlagsAndMode_data()
     QTest::newRow("battery") << 5 << 8 << "--D-O-" << "Battery supply";
     QTest::newRow("code 0 reads as none") << 0 << 6 << "------" << "None supply";
     QTest::newRow("code 8 outside list") << 8 << 6 << "------" << "Other supply";
+    QTest::newRow("all off leaves the rectifier") << -1 << 0 << "---R--" << "Utility supply";
 }
 
 void TestEnergyline::flowFlagsAndMode()
@@ -142,18 +139,12 @@ void TestEnergyline::flowFlagsAndMode()
     Energyline view;
     // Start with every segment on, so a flag that is not rewritten shows up.
     view.flushData({{24, 3}, {0, 6}});
-    view.flushData({{24, source}, {0, batteryStatus}});
+    if (source < 0)
+        view.set_all_off_Flow();
+    else
+        view.flushData({{24, source}, {0, batteryStatus}});
     QTEST(flows(view), "expectedFlows");
     QTEST(view.outputSource(), "expectedSource");
-}
-
-void TestEnergyline::allOffLeavesRectifier()
-{
-    Energyline view;
-    QCOMPARE(flows(view), QStringLiteral("------"));
-    view.flushData({{24, 3}, {0, 6}});
-    view.set_all_off_Flow();
-    QCOMPARE(flows(view), QStringLiteral("---R--"));
 }
 
 void TestEnergyline::flowAnimation()
@@ -171,7 +162,6 @@ void TestEnergyline::clickToggles_data()
 
     QTest::newRow("input block edge") << kFullSize << QPointF(-225, 0) << "-bult";
     QTest::newRow("input, half rounds up to -224") << kFullSize << QPointF(-224.5, 0) << "ibult";
-    QTest::newRow("left of input block") << kFullSize << QPointF(-300.6, 0) << "ibult";
     QTest::newRow("bypass bottom edge") << kFullSize << QPointF(-262, -112.6) << "i-ult";
     QTest::newRow("load bottom-right corner") << kFullSize << QPointF(300, 37.4) << "ibu-t";
     QTest::newRow("battery, toggles device too") << kFullSize << QPointF(0, 100) << "ib-l-";
@@ -220,7 +210,52 @@ void TestEnergyline::capacityColour()
     Energyline view;
     view.resize(kFullSize);
     view.flushData({{3, capacity}});
-    QTEST(renderOf(view).pixelColor((centre(kFullSize) + sample).toPoint()), "expected");
+    QImage image(view.size(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::white);
+    view.render(&image, QPoint(), QRegion(), QWidget::DrawChildren); // no window background
+    QTEST(image.pixelColor((centre(kFullSize) + sample).toPoint()), "expected");
+}
+
+void TestEnergyline::screenshots_data()
+{
+    QTest::addColumn<bool>("threePhase");
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<int>("seconds");
+    QTest::addColumn<DataPoints>("pinned"); // registers set over the agent's data
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QString>("fileName");
+
+    QTest::newRow("single, utility") << false << "normal" << 1 << DataPoints() << kTabPage
+                                     << "energyline-single-utility.png";
+    QTest::newRow("single, utility, unscaled") << false << "normal" << 1 << DataPoints() << QSize(900, 660)
+                                               << "energyline-single-utility-900x660.png";
+    // The agent does not report charging: pin a boost charge at 15 %.
+    QTest::newRow("single, bypass, charging") << false << "bypass" << 10 << DataPoints{{0, 6}, {3, 15}} << kTabPage
+                                              << "energyline-single-bypass-charging.png";
+    QTest::newRow("three, battery") << true << "demo" << 30 << DataPoints() << kTabPage
+                                    << "energyline-three-battery.png";
+}
+
+void TestEnergyline::screenshots()
+{
+    if (!ChartScreenshots::enabled())
+        QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the screenshots");
+    QFETCH(bool, threePhase);
+    QFETCH(QString, scenario);
+    QFETCH(int, seconds);
+    QFETCH(DataPoints, pinned);
+    QFETCH(QSize, size);
+    QFETCH(QString, fileName);
+
+    ChartScreenshots::useDesktopFont();
+    Energyline view;
+    QVERIFY(ChartScreenshots::showOffscreen(&view, size));
+    DataPoints points = ChartScreenshots::agentStory(threePhase, seconds, scenario).last();
+    for (auto it = pinned.cbegin(); it != pinned.cend(); ++it)
+        points[it.key()] = it.value();
+    view.flushData(points);
+    QTest::qWait(150); // one animation step of the flows
+    QVERIFY(!ChartScreenshots::save(&view, fileName).isEmpty());
 }
 
 QTEST_MAIN(TestEnergyline)

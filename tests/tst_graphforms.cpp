@@ -1,15 +1,18 @@
 // Single- and three-phase graphic pages: what a refresh puts on the gauges,
-// the trend curves and the legends, initialisation, and values that are
-// missing, out of range or of the wrong type.
+// the trend curves and the legends, values that are missing, out of range or
+// of the wrong type, initialisation after data, and gauge proportions; the
+// chart page container that holds both pages and feeds the current one.
 
 #include <QLabel>
 #include <QtTest>
 
 #include <limits>
 
+#include "chartform.h"
 #include "chartscreenshots.h"
 #include "datachart.h"
 #include "dynamicchart.h"
+#include "gaugedialkeeper.h"
 #include "rtsinglegraphform.h"
 #include "rtthreegraphform.h"
 #include "threedynamicchart.h"
@@ -77,8 +80,10 @@ private slots:
     void cleanup();
     void refresh_data();
     void refresh();
-    void initFlag_data();
-    void initFlag();
+    void gaugesKeepProportions_data();
+    void gaugesKeepProportions();
+    void chartFormFeedsCurrentPageOnly_data();
+    void chartFormFeedsCurrentPageOnly();
     void screenshots_data();
     void screenshots();
 
@@ -153,11 +158,6 @@ void TestGraphForms::refresh_data()
     QTest::newRow("three, out of range and negative")
         << true << DataPoints{{3, -1}, {6, 65535}, {39, 161}, {25, 1001}, {42, -20}, {9, -1}, {15, -5}, {27, -7}}
         << "-- -- -- -- -- | -1 0 0 -0.5 0.0 0.0 0 0 0 | -7 0 0 161 0 0 | (-7) (0) (0) (161) (0) (0)";
-    QTest::newRow("three, wrong types")
-        << true
-        << DataPoints{{3, QStringLiteral("88")}, {6, QByteArray("x")}, {9, 1e300},
-                      {10, std::numeric_limits<double>::infinity()}, {15, 499.6}, {27, QVariantList{230}}, {39, true}}
-        << "88 0 1 0 0 | 0 0 0 50.0 0.0 0.0 0 0 0 | 0 0 0 1 0 0 | (0) (0) (0) (1) (0) (0)";
 }
 
 void TestGraphForms::refresh()
@@ -171,55 +171,118 @@ void TestGraphForms::refresh()
                                          : single->findChild<DynamicChart *>();
     for (int k = 0; k < chart->curveCount(); ++k)
         QCOMPARE(chart->curveMap().value(k).size(), 2);
-}
 
-void TestGraphForms::initFlag_data()
-{
-    QTest::addColumn<bool>("threePhase");
-    QTest::addColumn<QString>("cleared");
-    // 0 lies inside every range: even the temperature gauge shows 0 until the next refresh.
-    QTest::newRow("single") << false << "0 0 0 0 0 0 | nan nan nan nan | (0) (0) (0) (0)";
-    QTest::newRow("three") << true
-                           << "0 0 0 0 0 | 0 0 0 0.0 0.0 0.0 0 0 0 | nan nan nan nan nan nan | (0) (0) (0) (0) (0) (0)";
-}
-
-void TestGraphForms::initFlag()
-{
-    QFETCH(bool, threePhase);
-    feed(threePhase, {{3, 97}, {6, 27}, {25, 500}, {42, 499}, {9, 230}, {15, 500}, {44, 228}, {27, 230},
-                      {39, 35}, {40, 36}, {41, 34}});
+    // Initialisation: true keeps everything, false clears; 0 lies inside every
+    // range, so even the temperature gauge shows 0 until the next refresh.
     const QString before = view(threePhase);
-    // true keeps everything, false re-initialises.
     threePhase ? three->InitRTChartFormInfo(true) : single->InitRTChartFormInfo(true);
     QCOMPARE(view(threePhase), before);
     threePhase ? three->InitRTChartFormInfo(false) : single->InitRTChartFormInfo(false);
-    QTEST(view(threePhase), "cleared");
+    QCOMPARE(view(threePhase),
+             threePhase ? QStringLiteral("0 0 0 0 0 | 0 0 0 0.0 0.0 0.0 0 0 0 | nan nan nan nan nan nan | "
+                                         "(0) (0) (0) (0) (0) (0)")
+                        : QStringLiteral("0 0 0 0 0 0 | nan nan nan nan | (0) (0) (0) (0)"));
+}
+
+void TestGraphForms::gaugesKeepProportions_data()
+{
+    QTest::addColumn<bool>("threePhase");
+    QTest::addColumn<int>("gaugeCount");
+    QTest::newRow("single-phase") << false << 6;
+    QTest::newRow("three-phase") << true << 5;
+}
+
+void TestGraphForms::gaugesKeepProportions()
+{
+    // Dial heights: a floor of 60, a little over half the width, at most 200.
+    QCOMPARE(QList<int>({GaugeDialKeeper::dialHeight(105), GaugeDialKeeper::dialHeight(106),
+                         GaugeDialKeeper::dialHeight(301), GaugeDialKeeper::dialHeight(384)}),
+             QList<int>({60, 61, 158, 200}));
+    QFETCH(bool, threePhase);
+    QWidget *page = threePhase ? static_cast<QWidget *>(three) : static_cast<QWidget *>(single);
+    page->show();
+    QVERIFY(QTest::qWaitForWindowExposed(page));
+    const QList<DataChart *> gauges = page->findChildren<DataChart *>();
+    QTEST(gauges.size(), "gaugeCount");
+    // A wider page gives wider dials, and the height of every one follows.
+    const int narrowWidth = gauges.first()->width();
+    page->resize(1400, 680);
+    QTRY_VERIFY(gauges.first()->width() > narrowWidth);
+    for (DataChart *gauge : gauges) {
+        const int height = GaugeDialKeeper::dialHeight(gauge->width());
+        QTRY_VERIFY2(gauge->minimumHeight() == height && gauge->maximumHeight() == height,
+                     qPrintable(gauge->objectName()));
+    }
+}
+
+void TestGraphForms::chartFormFeedsCurrentPageOnly_data()
+{
+    QTest::addColumn<bool>("switchToSingle");
+    QTest::newRow("three-phase page as constructed") << false;
+    QTest::newRow("single-phase page chosen") << true;
+}
+
+void TestGraphForms::chartFormFeedsCurrentPageOnly()
+{
+    QFETCH(bool, switchToSingle);
+    ChartForm form;
+    auto *single = form.findChild<RTSingleGraphForm *>(QStringLiteral("page_single"))->findChild<DynamicChart *>();
+    auto *three = form.findChild<RTThreeGraphForm *>(QStringLiteral("page_three"))->findChild<ThreeDynamicChart *>();
+    // Paint each page once so that its chart sizes its buffers, then go back
+    // to the page current after construction (or choose the single one).
+    form.resize(900, 700);
+    const int constructed = form.getCurrentIndex();
+    for (int index : {0, 1}) {
+        form.setCurrentIndex(index);
+        form.grab();
+    }
+    form.setCurrentIndex(switchToSingle ? 0 : constructed);
+    QCOMPARE(form.getCurrentIndex(), switchToSingle ? 0 : 1);
+
+    // Output voltage: curve 1 of the single page, curve 0 of the three-phase page.
+    form.refreshFormInfo({{27, 229}, {9, 229}});
+    QCOMPARE(single->bufferData(1).value(0, -1.0), switchToSingle ? 229.0 : -1.0);
+    QCOMPARE(three->bufferData(0).value(0, -1.0), switchToSingle ? -1.0 : 229.0);
+
+    // Initialisation: true keeps everything; false clears the current page only.
+    form.setCurrentIndex(switchToSingle ? 1 : 0);
+    form.refreshFormInfo({{27, 230}, {9, 230}});
+    form.setCurrentIndex(switchToSingle ? 0 : 1);
+    form.initFormInfo(true);
+    QVERIFY(!single->bufferData(1).isEmpty() && !three->bufferData(0).isEmpty());
+    form.initFormInfo(false);
+    QCOMPARE(single->bufferData(1).isEmpty(), switchToSingle);
+    QCOMPARE(three->bufferData(0).isEmpty(), !switchToSingle);
 }
 
 void TestGraphForms::screenshots_data()
 {
-    QTest::addColumn<bool>("threePhase");
+    QTest::addColumn<int>("page"); // 0 single-phase, 1 three-phase, 2 the container
     QTest::addColumn<QString>("fileName");
-    QTest::newRow("single") << false << "rtsinglegraphform.png";
-    QTest::newRow("three") << true << "rtthreegraphform.png";
+    QTest::newRow("single") << 0 << "rtsinglegraphform.png";
+    QTest::newRow("three") << 1 << "rtthreegraphform.png";
+    QTest::newRow("container") << 2 << "chartform.png";
 }
 
 void TestGraphForms::screenshots()
 {
     if (!ChartScreenshots::enabled())
         QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the screenshots");
-    QFETCH(bool, threePhase);
+    QFETCH(int, page);
     QFETCH(QString, fileName);
 
     // Pages made again after the font change: widgets keep the font they were created with.
     ChartScreenshots::useDesktopFont();
     cleanup();
     init();
-    QWidget *form = threePhase ? static_cast<QWidget *>(three) : static_cast<QWidget *>(single);
-    QVERIFY(ChartScreenshots::showOffscreen(form, kPageSize));
+    ChartForm container;
+    container.setCurrentName(QStringLiteral("UPS-3"));
+    QWidget *form = page == 2 ? &container : page == 1 ? static_cast<QWidget *>(three) : single;
+    QVERIFY(ChartScreenshots::showOffscreen(form, page == 2 ? QSize(900, 700) : kPageSize));
+    container.initFormInfo(false);
     // A minute of the agent's demo story: mains failure, battery, mains return.
-    for (const DataPoints &points : ChartScreenshots::agentStory(threePhase, 60))
-        feed(threePhase, points);
+    for (const DataPoints &points : ChartScreenshots::agentStory(page != 0, 60))
+        page == 2 ? container.refreshFormInfo(points) : feed(page == 1, points);
     QVERIFY(!ChartScreenshots::save(form, fileName).isEmpty());
 }
 

@@ -2,7 +2,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTabWidget>
 #include <QTableWidget>
 #include <QtTest>
 
@@ -16,17 +15,11 @@ class TestOrvekView : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase();
     void layoutBuiltOnceAndRepaired();
     void buttonRequests_data();
     void buttonRequests();
     void tableRowsFollowMap();
 };
-
-void TestOrvekView::initTestCase()
-{
-    qRegisterMetaType<QMap<QString, QVariant>>();
-}
 
 void TestOrvekView::layoutBuiltOnceAndRepaired()
 {
@@ -41,11 +34,8 @@ void TestOrvekView::layoutBuiltOnceAndRepaired()
     // A part that went missing is made again, nothing else twice.
     delete view.findChild<QTableWidget *>("realDataTable");
     view.refreshLayout();
-    auto *tabs = view.findChild<QTabWidget *>("devStacketTable");
-    QCOMPARE(tabs->count(), 2);
-    QCOMPARE(tabs->tabText(0), QStringLiteral("RT-data"));
-    QCOMPARE(view.findChildren<QTableWidget *>().size(), 1);
-    QCOMPARE(view.findChildren<QPushButton *>().size(), 6);
+    QVERIFY(view.findChild<QTableWidget *>("realDataTable"));
+    QCOMPARE(view.findChildren<QObject *>().size(), objects);
 }
 
 void TestOrvekView::buttonRequests_data()

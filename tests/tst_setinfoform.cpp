@@ -13,11 +13,6 @@
 
 namespace {
 
-QString uniqueDevice(const char *tag)
-{
-    return QStringLiteral("viewsb-setinfo-%1-%2").arg(QLatin1String(tag)).arg(QCoreApplication::applicationPid());
-}
-
 // Writes (or with an invalid value removes) the protocol of one device group.
 void writeProtocol(const QString &device, const QVariant &protocol)
 {
@@ -28,12 +23,6 @@ void writeProtocol(const QString &device, const QVariant &protocol)
     if (protocol.isValid())
         settings.setValue(device + QStringLiteral("/protocol"), protocol);
     settings.sync();
-}
-
-void removeDevice(const QString &device)
-{
-    QSettings settings(SetInfoForm::configFilePath(), QSettings::IniFormat);
-    settings.remove(device);
 }
 
 // The two "OK" buttons share the object name "btnWhite"; the test group's is the upper one.
@@ -57,17 +46,15 @@ class TestSetInfoForm : public QObject
 private slots:
     void confirmedChoiceSendsRequest_data();
     void confirmedChoiceSendsRequest();
-    void minutesFieldInput();
     void protocolDependentRows_data();
     void protocolDependentRows();
-    void hiddenRowsStayHiddenAndUnchecked();
 };
 
 void TestSetInfoForm::confirmedChoiceSendsRequest_data()
 {
     QTest::addColumn<QString>("choice");
     QTest::addColumn<bool>("testGroup");
-    QTest::addColumn<QString>("minutes");
+    QTest::addColumn<QString>("typed"); // into the minutes field: up to four digits, nothing else
     QTest::addColumn<bool>("accept");
     QTest::addColumn<QString>("question");
     QTest::addColumn<int>("id");       // 0: nothing may be sent
@@ -81,6 +68,8 @@ void TestSetInfoForm::confirmedChoiceSendsRequest_data()
     QTest::newRow("shutdown") << "OffSet_0" << false << "60" << true << "UPS shutdown?" << 1007 << "12";
     QTest::newRow("standby 15 min") << "OffSet_1" << false << "15" << true << "UPS to standby?" << 1008 << "900";
     QTest::newRow("standby empty") << "OffSet_1" << false << "" << true << "UPS to standby?" << 1008 << "0";
+    QTest::newRow("standby, 4 digits kept") << "OffSet_1" << false << "-1a2345" << true << "UPS to standby?" << 1008
+                                            << "74040";
     QTest::newRow("wake up")
         << "OffSet_2" << false << "60" << true << "UPS will wake up from standby state?" << 1013 << "";
     QTest::newRow("restart ignores minutes") << "OffSet_3" << false << "15" << true << "Restart the UPS?" << 1008 << "60";
@@ -90,7 +79,7 @@ void TestSetInfoForm::confirmedChoiceSendsRequest()
 {
     QFETCH(QString, choice);
     QFETCH(bool, testGroup);
-    QFETCH(QString, minutes);
+    QFETCH(QString, typed);
     QFETCH(bool, accept);
     QFETCH(QString, question);
     QFETCH(int, id);
@@ -108,8 +97,7 @@ void TestSetInfoForm::confirmedChoiceSendsRequest()
     QVERIFY(radio->isChecked());
     auto *field = form.findChild<QLineEdit *>("OffSet_1_Time");
     field->clear();
-    QTest::keyClicks(field, minutes);
-    QCOMPARE(field->text(), minutes);
+    QTest::keyClicks(field, typed);
 
     QPushButton *ok = okButton(form, testGroup);
     QVERIFY(ok);
@@ -128,19 +116,6 @@ void TestSetInfoForm::confirmedChoiceSendsRequest()
     QCOMPARE(map, (QMap<QString, QVariant>{{"name", "UPS-7"}, {"controlId", id}, {"controlValue", value}}));
 }
 
-void TestSetInfoForm::minutesFieldInput()
-{
-    // Up to four digits, nothing else.
-    SetInfoForm form;
-    auto *field = form.findChild<QLineEdit *>("OffSet_1_Time");
-    const QList<QPair<QString, QString>> typedAndKept = {{"123456", "1234"}, {"1a2b", "12"}, {"-5", "5"}};
-    for (const auto &input : typedAndKept) {
-        field->clear();
-        QTest::keyClicks(field, input.first);
-        QCOMPARE(field->text(), input.second);
-    }
-}
-
 void TestSetInfoForm::protocolDependentRows_data()
 {
     QTest::addColumn<QVariant>("protocol");
@@ -155,36 +130,25 @@ void TestSetInfoForm::protocolDependentRows()
 {
     QFETCH(QVariant, protocol);
     QFETCH(bool, standbyShown);
-    const QString device = uniqueDevice(QTest::currentDataTag());
+    const QString device = QStringLiteral("viewsb-setinfo-%1-%2")
+                               .arg(QLatin1String(QTest::currentDataTag()))
+                               .arg(QCoreApplication::applicationPid());
     writeProtocol(device, protocol);
-
     SetInfoForm form;
     form.setCurrentName(device);
+    form.findChild<QRadioButton *>("OffSet_3")->setChecked(true);
     form.InitSettingFormInfo();
-    removeDevice(device);
+    // A hidden choice is not left selected.
+    QCOMPARE(form.findChild<QRadioButton *>("OffSet_0")->isChecked(), !standbyShown);
+    // Hidden once, the rows stay hidden when the protocol changes later.
+    writeProtocol(device, 2);
+    form.InitSettingFormInfo();
+    writeProtocol(device, QVariant());
 
     for (const char *name : {"OffSet_1", "OffSet_1_Time", "label_5", "OffSet_3"})
         QVERIFY2(form.findChild<QWidget *>(name)->isHidden() == !standbyShown, name);
     for (const char *name : {"OffSet_0", "OffSet_2", "DevTest_0", "DevTest_2", "DevTest_3"})
         QVERIFY2(!form.findChild<QWidget *>(name)->isHidden(), name);
-}
-
-void TestSetInfoForm::hiddenRowsStayHiddenAndUnchecked()
-{
-    const QString device = uniqueDevice("switch");
-    SetInfoForm form;
-    form.setCurrentName(device);
-    form.findChild<QRadioButton *>("OffSet_3")->setChecked(true);
-    writeProtocol(device, 1);
-    form.InitSettingFormInfo();
-    // A hidden choice is not left selected.
-    QVERIFY(form.findChild<QRadioButton *>("OffSet_0")->isChecked());
-    // Hidden once, the rows stay hidden when the protocol changes later.
-    writeProtocol(device, 2);
-    form.InitSettingFormInfo();
-    removeDevice(device);
-    QVERIFY(form.findChild<QWidget *>("OffSet_1")->isHidden());
-    QVERIFY(form.findChild<QWidget *>("OffSet_3")->isHidden());
 }
 
 QTEST_MAIN(TestSetInfoForm)

@@ -13,8 +13,7 @@ namespace {
 
 constexpr int kWaitMs = 5000;
 
-// Two of the client's read requests: identity texts at 0x0271, measurements at 0x0101.
-const QByteArray kReadTexts = QByteArray::fromHex("000000000006010402710050");
+// The client's read request for the measurements at 0x0101.
 const QByteArray kReadMeasurements = QByteArray::fromHex("000000000006010401010049");
 
 QByteArray frame(quint8 unit, quint8 function, quint16 first, quint16 second)
@@ -61,7 +60,6 @@ class TestSim : public QObject
 
 private slots:
     void registerWrites();
-    void repeatedBuzzerWritesToggle();
     void commandLineTool();
 };
 
@@ -71,7 +69,6 @@ void TestSim::registerWrites()
     QVERIFY(sim.start(QStringLiteral("127.0.0.1"), 0));
     QTcpSocket socket;
     QVERIFY(connectTo(socket, sim.port()));
-    QSignalSpy spy(&sim, &UpsSimulator::registerWritten);
     const QDateTime before = QDateTime::currentDateTime();
     const QByteArray standby = frame(1, 0x06, 8, 900);
     QCOMPARE(exchange(socket, standby, 12), standby); // a write is answered with its echo
@@ -80,42 +77,27 @@ void TestSim::registerWrites()
     QCOMPARE(record.reg, 8);
     QCOMPARE(int(record.value), 900);
     QVERIFY(record.time >= before && record.time <= QDateTime::currentDateTime());
-    QCOMPARE(spy.size(), 1);
-    QCOMPARE(spy.first().at(1).value<quint16>(), quint16(900));
 
     // Outside the command registers: illegal data address.
     QCOMPARE(exchange(socket, frame(1, 0x06, 9, 1), 9), QByteArray::fromHex("000000000003018602"));
 
-    // Other unit ids (broadcast 0 included) get no answer and change nothing.
-    for (quint8 unit : {0, 2}) {
+    // Other unit ids (broadcast 0 included) get no answer and change nothing
+    // (an odd number of buzzer writes, so that a wrongly applied one shows below).
+    for (quint8 unit : {0, 2, 7}) {
         QVERIFY(exchange(socket, frame(unit, 0x04, 0x0101, 0x49), 1, 200).isEmpty());
         QVERIFY(exchange(socket, frame(unit, 0x06, 0x0003, 0xFFFF), 1, 200).isEmpty());
     }
     QCOMPARE(sim.writes().size(), 1);
-    QVERIFY(sim.buzzerEnabled());
-    // The connection still serves unit 1 afterwards, with nothing left over.
-    const QByteArray answer = exchange(socket, kReadMeasurements, 9 + 0x92);
-    QCOMPARE(answer.size(), 9 + 0x92);
-    QCOMPARE(int(quint8(answer.at(6))), 1);
-}
 
-void TestSim::repeatedBuzzerWritesToggle()
-{
-    UpsSimulator sim;
-    QVERIFY(sim.start(QStringLiteral("127.0.0.1"), 0));
-    QTcpSocket socket;
-    QVERIFY(connectTo(socket, sim.port()));
-    const QByteArray readBuzzer = frame(1, 0x04, 0x0101 + 65, 1);
-    const QByteArray toggle = frame(1, 0x06, 3, 0xFFFF);
-    QCOMPARE(registerAt(exchange(socket, readBuzzer, 11), 0), quint16(2)); // enabled
-
-    // The same value again is a new command, not a no-op.
+    // Every buzzer write toggles it, whatever the value; measurement 65
+    // shows 2 (enabled) or 1. The answers come whole, nothing left over.
     for (quint16 state : {1, 2}) {
-        QCOMPARE(exchange(socket, toggle, 12), toggle);
+        QCOMPARE(exchange(socket, frame(1, 0x06, 3, 0xFFFF), 12).size(), 12);
         QCOMPARE(sim.buzzerEnabled(), state == 2);
-        QCOMPARE(registerAt(exchange(socket, readBuzzer, 11), 0), state);
+        const QByteArray answer = exchange(socket, kReadMeasurements, 9 + 0x92);
+        QCOMPARE(answer.size(), 9 + 0x92);
+        QCOMPARE(registerAt(answer, 65), state);
     }
-    QCOMPARE(sim.writes().size(), 2);
 }
 
 void TestSim::commandLineTool()
@@ -124,16 +106,10 @@ void TestSim::commandLineTool()
     if (!QFileInfo::exists(program))
         QSKIP("orvek-sim is not built");
 
-    QProcess bad;
-    bad.start(program, {QStringLiteral("--scenario"), QStringLiteral("no-such-story")});
-    QVERIFY(bad.waitForFinished(kWaitMs));
-    QVERIFY(bad.exitCode() != 0);
-    QVERIFY(bad.readAllStandardError().contains("mains-failure"));
-
     QProcess tool;
     const quint16 port = closedLocalPort();
     tool.start(program, {QStringLiteral("--port"), QString::number(port), QStringLiteral("--profile"),
-                         QStringLiteral("three"), QStringLiteral("--name"), QStringLiteral("Lab UPS")});
+                         QStringLiteral("three")});
     QVERIFY(tool.waitForStarted(kWaitMs));
     // Output accumulates: the macro evaluates its condition once more at the end.
     QByteArray log;
@@ -144,11 +120,8 @@ void TestSim::commandLineTool()
     QCOMPARE(exchange(socket, frame(1, 0x06, 7, 30), 12), frame(1, 0x06, 7, 30));
     const QByteArray measurements = exchange(socket, kReadMeasurements, 9 + 0x92);
     QCOMPARE(measurements.size(), 9 + 0x92);
-    QCOMPARE(registerAt(measurements, 8), quint16(3));
-    QVERIFY(exchange(socket, kReadTexts, 9 + 0xA0).mid(73, 64).startsWith("Lab UPS\0"));
-
-    QTRY_VERIFY_WITH_TIMEOUT((log += tool.readAllStandardOutput()).contains("alarm 21 raised"), kWaitMs);
-    QVERIFY(log.contains("write register 7 value 30"));
+    QCOMPARE(registerAt(measurements, 8), quint16(3)); // three phases
+    QTRY_VERIFY_WITH_TIMEOUT((log += tool.readAllStandardOutput()).contains("write register 7 value 30"), kWaitMs);
 
     tool.terminate(); // SIGTERM ends it cleanly
     QVERIFY(tool.waitForFinished(kWaitMs));

@@ -29,12 +29,6 @@ std::unique_ptr<TrendChart> makeChart(bool three, bool antialiased = true)
     return chart;
 }
 
-void sendResize(QWidget &widget)
-{
-    QResizeEvent event(widget.size(), widget.size());
-    QCoreApplication::sendEvent(&widget, &event);
-}
-
 // The plot box as the trend charts lay it out: margins of 1/13 of each side.
 QRectF expectedPlotBox(const QSize &size)
 {
@@ -60,16 +54,11 @@ bool colourNear(const QImage &image, int x, double y, const QColor &colour)
     return countColour(image, colour, QRect(x, qRound(y) - 1, 1, 3)) > 0;
 }
 
-QColor curveColour(bool three, int curve)
-{
-    return three ? ThreeColours[curve] : DynamicColours[curve];
-}
-
 int curvePixels(const QImage &image, bool three)
 {
     int count = 0;
     for (int k = 0; k < (three ? 6 : 4); ++k)
-        count += countColour(image, curveColour(three, k), image.rect());
+        count += countColour(image, three ? ThreeColours[k] : DynamicColours[k], image.rect());
     return count;
 }
 
@@ -90,11 +79,8 @@ private slots:
     void trimming();
     void resizeTrimsPhaseCurvesOnly_data();
     void resizeTrimsPhaseCurvesOnly();
-    void emptyAndShortCurves_data();
-    void emptyAndShortCurves();
     void curvePlacementAndPens_data();
     void curvePlacementAndPens();
-    void untrustedValuesStillPaint();
     void gridAndTimeAxis();
     void screenshots_data();
     void screenshots();
@@ -130,7 +116,6 @@ void TestTrendChart::trimming()
     fill(*chart, curve, maxSamples - 1);
     QCOMPARE(chart->bufferData(curve).size(), maxSamples);
     QCOMPARE(chart->bufferData(curve).mid(maxSamples - 2), QVector<double>({1.0, 1.0}));
-    QVERIFY(chart->curveMap().value(curve == 0 ? 1 : 0).isEmpty());
     // Each further push drops the oldest sample.
     const int pushes = maxSamples + 5;
     for (int i = maxSamples; i <= pushes; ++i)
@@ -165,8 +150,10 @@ void TestTrendChart::resizeTrimsPhaseCurvesOnly()
     for (int k = 0; k < chart->curveCount(); ++k)
         fill(*chart, k, 100);
     QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(350, 300))); // lays the box out at the new width
-    for (int i = 0; i < resizeEvents; ++i)
-        sendResize(*chart);
+    for (int i = 0; i < resizeEvents; ++i) {
+        QResizeEvent event(chart->size(), chart->size());
+        QCoreApplication::sendEvent(chart.get(), &event);
+    }
     // Curves 0 to 2 are trimmed, in the buffers and in what is drawn; the others keep everything.
     for (int k = 0; k < chart->curveCount(); ++k) {
         QCOMPARE(chart->bufferData(k).size(), k < 3 ? phaseSamples : 100);
@@ -174,90 +161,58 @@ void TestTrendChart::resizeTrimsPhaseCurvesOnly()
     }
 }
 
-void TestTrendChart::emptyAndShortCurves_data()
-{
-    QTest::addColumn<bool>("three");
-    QTest::addColumn<QString>("scenario");
-    QTest::addColumn<bool>("curvePainted");
-
-    QTest::newRow("dynamic, cleared after data") << false << "cleared" << false;
-    QTest::newRow("three, single sample") << true << "single" << false;
-    QTest::newRow("three, two samples (control)") << true << "two" << true;
-}
-
-void TestTrendChart::emptyAndShortCurves()
-{
-    QFETCH(bool, three);
-    QFETCH(QString, scenario);
-
-    auto chart = makeChart(three, false);
-    // Lay out first: the resize delivered before the first paint republishes
-    // the buffers over anything set directly.
-    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(350, 350)));
-    if (scenario == "cleared") {
-        for (int k = 0; k < chart->curveCount(); ++k)
-            fill(*chart, k, 3);
-        chart->initValue();
-        chart->updateVector(0);
-    } else {
-        chart->setCurveData(0, scenario == "two" ? QVector<double>{300.0, 100.0} : QVector<double>{200.0});
-    }
-    QTEST(curvePixels(chart->grab().toImage(), three) > 0, "curvePainted");
-}
-
 void TestTrendChart::curvePlacementAndPens_data()
 {
     QTest::addColumn<bool>("three");
     QTest::addColumn<int>("curve");
-    QTest::addColumn<double>("value");
+    QTest::addColumn<QVector<double>>("samples");
     QTest::addColumn<double>("heightFraction");
 
-    QTest::newRow("dynamic, input 230 V on 400") << false << 0 << 230.0 << 230.0 / 400.0;
-    QTest::newRow("dynamic, 420 above the box") << false << 3 << 420.0 << 1.05;
-    QTest::newRow("three, phase T at full scale") << true << 2 << 400.0 << 1.0;
-    QTest::newRow("three, load 35 % on 100") << true << 3 << 35.0 << 0.35;
-    QTest::newRow("three, 0 on curve 5 at the bottom") << true << 5 << 0.0 << 0.0;
+    const QVector<double> at230(70, 230.0), at50(70, 50.0);
+    QTest::newRow("dynamic, input 230 V on 400") << false << 0 << at230 << 230.0 / 400.0;
+    QTest::newRow("dynamic, 420 above the box") << false << 3 << QVector<double>(70, 420.0) << 1.05;
+    // Phase curves use the 0-400 scale, load curves the 0-100 scale.
+    QTest::newRow("three, 50 on phase curve 1") << true << 1 << at50 << 0.125;
+    QTest::newRow("three, 50 on load curve 4") << true << 4 << at50 << 0.5;
+    // -1 read as unsigned, -1e300, NaN and infinity amid sane samples: the
+    // samples on both sides are still drawn.
+    QVector<double> untrusted = at230;
+    untrusted.replace(40, 4294967295.0);
+    untrusted.replace(41, -1e300);
+    untrusted.replace(42, std::nan(""));
+    untrusted.replace(43, std::numeric_limits<double>::infinity());
+    QTest::newRow("dynamic, untrusted values") << false << 0 << untrusted << 230.0 / 400.0;
+    // One sample makes no segment (and an empty curve must not be read at all:
+    // every chart here is painted before it has data).
+    QTest::newRow("three, single sample draws nothing") << true << 0 << QVector<double>{200.0} << 0.5;
 }
 
 void TestTrendChart::curvePlacementAndPens()
 {
     QFETCH(bool, three);
     QFETCH(int, curve);
-    QFETCH(double, value);
+    QFETCH(QVector<double>, samples);
     QFETCH(double, heightFraction);
 
     auto chart = makeChart(three, false);
     QVERIFY(ChartScreenshots::showOffscreen(chart.get(), kPlotSize));
-    chart->setCurveData(curve, QVector<double>(20, value));
+    chart->setCurveData(curve, samples);
     const QImage image = chart->grab().toImage();
     const QRectF box = expectedPlotBox(kPlotSize);
     QCOMPARE(chart->plotArea(), box);
-    const double y = box.bottom() - heightFraction * box.height();
-    const QColor colour = curveColour(three, curve);
-    QVERIFY2(colourNear(image, qRound(box.right() - 40.0), y, colour), qPrintable(QString::number(y)));
-    // No other curve colour shows: each key has its own pen.
-    QCOMPARE(curvePixels(image, three), countColour(image, colour, image.rect()));
-}
-
-void TestTrendChart::untrustedValuesStillPaint()
-{
-    auto chart = makeChart(false, false);
-    QVERIFY(ChartScreenshots::showOffscreen(chart.get(), kPlotSize));
-    // -1 read as unsigned, -1e300, NaN and infinity amid sane samples.
-    const double bad[] = {4294967295.0, -1e300, std::nan(""), std::numeric_limits<double>::infinity()};
-    for (int i = 0; i < 70; ++i)
-        chart->addData(0, i >= 40 && i < 44 ? bad[i - 40] : 200.0);
-    const QImage image = chart->grab().toImage();
-    // The sane samples on both sides of the bad ones are still drawn.
-    const QRectF box = expectedPlotBox(kPlotSize);
-    const double y = box.bottom() - 0.5 * box.height();
-    QVERIFY(colourNear(image, qRound(box.right() - 50.0), y, DynamicColours[0]));
-    QVERIFY(colourNear(image, qRound(box.right() - 300.0), y, DynamicColours[0]));
-    // Tiny sizes lay out and paint without failing.
-    for (const QSize &tiny : {QSize(1, 1), QSize(12, 9)}) {
-        chart->resize(tiny);
-        QVERIFY(!chart->grab().isNull());
+    const QColor colour = three ? ThreeColours[curve] : DynamicColours[curve];
+    if (samples.size() < 2) {
+        QCOMPARE(curvePixels(image, three), 0);
+    } else {
+        const double y = box.bottom() - heightFraction * box.height();
+        for (double fromRight : {40.0, 300.0})
+            QVERIFY2(colourNear(image, qRound(box.right() - fromRight), y, colour), qPrintable(QString::number(y)));
+        // No other curve colour shows: each key has its own pen.
+        QCOMPARE(curvePixels(image, three), countColour(image, colour, image.rect()));
     }
+    // Tiny sizes lay out and paint without failing.
+    chart->resize(1, 1);
+    QVERIFY(!chart->grab().isNull());
 }
 
 void TestTrendChart::gridAndTimeAxis()
@@ -265,7 +220,6 @@ void TestTrendChart::gridAndTimeAxis()
     const QSize size(350, 350);
     auto chart = makeChart(false, false);
     QVERIFY(QMetaObject::invokeMethod(chart.get(), "setHorizontalLineColor", Q_ARG(QColor, QColor(Qt::red))));
-    QCOMPARE(chart->lineColor(), QColor(Qt::red));
     QVERIFY(ChartScreenshots::showOffscreen(chart.get(), size));
     const QImage image = chart->grab().toImage();
     // The grid stays black and dotted whatever the line colour says.
@@ -292,7 +246,10 @@ void TestTrendChart::screenshots_data()
 
 void TestTrendChart::screenshots()
 {
+    if (!ChartScreenshots::enabled())
+        QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the screenshots");
     QFETCH(bool, three);
+    QFETCH(QString, fileName);
     auto chart = makeChart(three);
     chart->setFont(QFont(QStringLiteral("DejaVu Sans"), 9)); // desktop-sized, as on a real page
     QVERIFY(ChartScreenshots::showOffscreen(chart.get(), QSize(800, 380)));
@@ -312,12 +269,7 @@ void TestTrendChart::screenshots()
             chart->addData(3, 229.0 + 3.0 * std::sin(i / 6.0 + 0.4));
         }
     }
-    for (int k = 0; k < chart->curveCount(); ++k)
-        QCOMPARE(chart->bufferData(k).size(), chart->maxPoints());
-
-    QFETCH(QString, fileName);
-    if (ChartScreenshots::enabled())
-        QVERIFY(!ChartScreenshots::save(chart.get(), fileName).isEmpty());
+    QVERIFY(!ChartScreenshots::save(chart.get(), fileName).isEmpty());
 }
 
 QTEST_MAIN(TestTrendChart)

@@ -65,10 +65,10 @@ QMap<int, QVariant> agentImage(bool threePhase)
     return UpsSimulator::profileImage(profileFor(threePhase));
 }
 
-QList<QMap<int, QVariant>> agentStory(bool threePhase, int seconds)
+QList<QMap<int, QVariant>> agentStory(bool threePhase, int seconds, const QString &scenario)
 {
     UpsSimulator simulator(profileFor(threePhase));
-    simulator.setScenario(QStringLiteral("demo"));
+    simulator.setScenario(scenario);
     QList<QMap<int, QVariant>> story;
     for (int second = 0; second < seconds; ++second) {
         simulator.advance(1.0);

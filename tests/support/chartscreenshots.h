@@ -32,9 +32,10 @@ QString save(QWidget *widget, const QString &fileName);
 // The simulated agent's data point map after one full polling rotation.
 QMap<int, QVariant> agentImage(bool threePhase);
 
-// One map per simulated second of the agent's demo story (mains failure at
-// 10 s, battery running down, mains return at 45 s).
-QList<QMap<int, QVariant>> agentStory(bool threePhase, int seconds);
+// One map per simulated second of one of the agent's scenarios; the demo
+// story has a mains failure at 10 s, the battery running down and the mains
+// returning at 45 s.
+QList<QMap<int, QVariant>> agentStory(bool threePhase, int seconds, const QString &scenario = QStringLiteral("demo"));
 
 } // namespace ChartScreenshots
 

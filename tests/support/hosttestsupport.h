@@ -25,6 +25,17 @@ inline void writeDevice(const QString &name, quint16 port, int retries = 1, int 
                                         {QStringLiteral("interval"), interval}});
 }
 
+// Device entries by name only; the rest comes from dev.ini.
+inline QList<DeviceEntry> entries(const QStringList &names)
+{
+    QList<DeviceEntry> list;
+    for (const QString &name : names) {
+        list << DeviceEntry();
+        list.last().name = name;
+    }
+    return list;
+}
+
 inline QStringList fileLines(const QString &path)
 {
     QFile file(path);
