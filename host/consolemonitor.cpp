@@ -60,6 +60,7 @@ ConsoleMonitor::ConsoleMonitor(DeviceHost *host, QIODevice *out, QObject *parent
 {
     connect(&m_statusTimer, &QTimer::timeout, this, &ConsoleMonitor::printStatus);
     connect(m_host, &DeviceHost::eventLogged, this, &ConsoleMonitor::onEventLogged);
+    connect(m_host, &DeviceHost::noticeRaised, this, &ConsoleMonitor::onNotice);
 }
 
 void ConsoleMonitor::startStatus(int periodMs)
@@ -137,13 +138,15 @@ QString ConsoleMonitor::statusBlock() const
             ++communicating;
         lines << QStringLiteral("  ") + deviceLine(session);
     }
+    if (m_host->logs().isFailing())
+        lines << tr("  ! %1").arg(m_host->logs().failure()); // until writing works again
     const QString head = tr("== %1  %n device(s), %2 communicating ==", "", sessions.size())
                              .arg(LogWriter::timeText(QDateTime::currentDateTime()))
                              .arg(communicating);
     return (QStringList{head} + lines).join(QLatin1Char('\n'));
 }
 
-QString ConsoleMonitor::deviceLine(const DeviceSession *session)
+QString ConsoleMonitor::deviceLine(const DeviceSession *session, const QDateTime &now)
 {
     const DeviceStatus status = session->status();
     const QMap<int, QVariant> data = session->latestData();
@@ -154,6 +157,7 @@ QString ConsoleMonitor::deviceLine(const DeviceSession *session)
         fields << tr("no data yet");
         return fields.join(QStringLiteral("  "));
     }
+    fields << tr("data %1").arg(DeviceSession::dataAgeText(session->lastDataTime(), now));
     const QString source = session->dataLogRow(data).value(kOutputModeColumn);
     const QStringList alarms = session->activeAlarms();
     fields << (source.isEmpty() ? QString::fromLatin1(kNoValue) : source)
@@ -174,6 +178,13 @@ void ConsoleMonitor::onEventLogged(QDateTime time, QString device, int type, QSt
 {
     Q_UNUSED(type)
     print(QStringLiteral("%1  %2  %3").arg(LogWriter::timeText(time), device, text));
+}
+
+void ConsoleMonitor::onNotice(const HostNotice &notice)
+{
+    print(tr("%1  %2  warning: %3")
+              .arg(LogWriter::timeText(notice.time), notice.device.isEmpty() ? tr("host") : notice.device,
+                   notice.text));
 }
 
 void ConsoleMonitor::print(const QString &text)

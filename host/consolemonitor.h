@@ -9,12 +9,13 @@
 
 class DeviceHost;
 class DeviceSession;
+struct HostNotice;
 class QIODevice;
 class QSocketNotifier;
 
 // The headless face of the host: prints a compact status block of every
-// device every few seconds and each logged event as a line, and takes
-// control commands line by line (see ConsoleCommand).
+// device every few seconds and each logged event and host notice as a line,
+// and takes control commands line by line (see ConsoleCommand).
 class ConsoleMonitor : public QObject
 {
     Q_OBJECT
@@ -29,7 +30,8 @@ public:
     void readCommands(int fd);
 
     QString statusBlock() const;
-    static QString deviceLine(const DeviceSession *session);
+    // now: the time the age of the last data is counted to.
+    static QString deviceLine(const DeviceSession *session, const QDateTime &now = QDateTime::currentDateTime());
     // Runs one command line; its answer goes to the output.
     void executeLine(const QString &line);
 
@@ -39,6 +41,7 @@ signals:
 private slots:
     void printStatus();
     void onEventLogged(QDateTime time, QString device, int type, QString text);
+    void onNotice(const HostNotice &notice);
     void onReadable();
 
 private:

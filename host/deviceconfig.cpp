@@ -1,7 +1,9 @@
 #include "deviceconfig.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QSettings>
 
 namespace {
@@ -14,6 +16,10 @@ const char kKeyInterval[] = "interval";
 const char kKeyPlugin[] = "plugin";
 const char kLogFolderName[] = "logs";
 constexpr int kMaxPort = 65535;
+// A device file is a few lines per device: more is not read for the checks.
+constexpr qint64 kMaxCheckedBytes = 1 << 20;
+constexpr int kMaxLinesNamed = 5;
+constexpr int kMaxQuotedChars = 40;
 
 QString key(const QString &group, const char *name)
 {
@@ -25,6 +31,55 @@ int optionalInt(const QSettings &settings, const QString &group, const char *nam
     bool ok = false;
     const int value = settings.value(key(group, name)).toInt(&ok);
     return ok ? value : -1;
+}
+
+bool hasControlChars(const QByteArray &line)
+{
+    for (const char c : line) {
+        if (static_cast<unsigned char>(c) < 0x20 && c != '\t')
+            return true;
+    }
+    return false;
+}
+
+// What QSettings makes of a line: a comment, a [group] (its name returned),
+// a key=value pair, or nothing it can use (false).
+bool understoodLine(const QByteArray &line, QString *group)
+{
+    const QByteArray text = line.trimmed();
+    if (hasControlChars(text))
+        return false;
+    if (text.isEmpty() || text.startsWith(';') || text.startsWith('#'))
+        return true;
+    if (text.startsWith('[')) {
+        const int close = text.indexOf(']');
+        if (close < 0)
+            return false;
+        // Group names are stored percent-encoded ("ups 1" as [ups%201]).
+        *group = QString::fromUtf8(QByteArray::fromPercentEncoding(text.mid(1, close - 1)));
+        return true;
+    }
+    return text.indexOf('=') > 0;
+}
+
+QString quoted(const QByteArray &line)
+{
+    QString text = QString::fromUtf8(line.trimmed()).left(kMaxQuotedChars);
+    for (QChar &c : text) {
+        if (!c.isPrint())
+            c = QLatin1Char('?');
+    }
+    return text;
+}
+
+QString lineList(const QList<int> &numbers)
+{
+    QStringList texts;
+    for (int i = 0; i < numbers.size() && i < kMaxLinesNamed; ++i)
+        texts << QString::number(numbers.at(i));
+    if (numbers.size() > kMaxLinesNamed)
+        texts << QStringLiteral("...");
+    return texts.join(QStringLiteral(", "));
 }
 
 } // namespace
@@ -64,6 +119,83 @@ QList<DeviceEntry> DeviceConfig::devices() const
         list << entry;
     }
     return list;
+}
+
+QStringList DeviceConfig::problems() const
+{
+    const QString file = QDir::toNativeSeparators(m_path);
+    const QString howToAdd = tr("add a device with: orvek-host --add NAME HOST:PORT");
+    const QFileInfo info(m_path);
+    if (!info.exists())
+        return {tr("%1 does not exist yet; %2").arg(file, howToAdd)};
+    if (info.isDir())
+        return {tr("%1 cannot be read: it is a folder, not a file; no device is started").arg(file)};
+    QFile raw(m_path);
+    if (!raw.open(QIODevice::ReadOnly))
+        return {tr("%1 cannot be read (%2); no device is started").arg(file, raw.errorString())};
+    QStringList found = textProblems(raw.read(kMaxCheckedBytes));
+
+    QSettings settings(m_path, QSettings::IniFormat);
+    if (settings.status() == QSettings::AccessError)
+        return {tr("%1 cannot be read; no device is started").arg(file)};
+    if (settings.status() == QSettings::FormatError && found.isEmpty())
+        found << tr("%1 is not entirely in INI format; what could be read is used").arg(file);
+    for (const QString &group : settings.childGroups()) {
+        if (!settings.contains(key(group, kKeyAddress)) || !settings.contains(key(group, kKeyPort))) {
+            found << tr("%1: the group [%2] is no device and is skipped: a device needs ipAddr and port")
+                         .arg(file, group);
+            continue;
+        }
+        const QString port = settings.value(key(group, kKeyPort)).toString();
+        bool ok = false;
+        const int number = port.toInt(&ok);
+        if (!ok || number < 1 || number > kMaxPort)
+            found << tr("%1: the port \"%2\" of [%3] is no port number (1 to %4)").arg(file, port, group).arg(kMaxPort);
+    }
+    if (devices().isEmpty())
+        found << tr("%1 holds no usable device group; %2").arg(file, howToAdd);
+    return found;
+}
+
+QStringList DeviceConfig::textProblems(const QByteArray &text) const
+{
+    const QString file = QDir::toNativeSeparators(m_path);
+    const QList<QByteArray> lines = text.split('\n');
+    QList<int> badLines;
+    QByteArray firstBad;
+    QMap<QString, QList<int>> groupLines;
+    bool continued = false;
+    for (int i = 0; i < lines.size(); ++i) {
+        const QByteArray &line = lines.at(i);
+        const bool continuation = continued; // a value that ended with a backslash
+        continued = line.trimmed().endsWith('\\');
+        QString group;
+        if (continuation)
+            continue;
+        if (!understoodLine(line, &group)) {
+            if (badLines.isEmpty())
+                firstBad = line;
+            badLines << i + 1;
+        } else if (!group.isEmpty()) {
+            groupLines[group] << i + 1;
+        }
+    }
+    QStringList found;
+    if (!badLines.isEmpty()) {
+        found << tr("%1: %n line(s) cannot be understood and are ignored (line(s) %2; the first reads \"%3\")", "",
+                    badLines.size())
+                     .arg(file, lineList(badLines), quoted(firstBad));
+    }
+    for (auto it = groupLines.constBegin(); it != groupLines.constEnd(); ++it) {
+        if (it.value().size() > 1) {
+            found << tr("%1: the group [%2] is written %3 times (lines %4); they are read as one device, "
+                        "the later values win")
+                         .arg(file, it.key())
+                         .arg(it.value().size())
+                         .arg(lineList(it.value()));
+        }
+    }
+    return found;
 }
 
 bool DeviceConfig::contains(const QString &name) const

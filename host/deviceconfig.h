@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 // One device group of dev.ini. Optional numbers are -1 when the group does
 // not set them (the plug-in then applies its own defaults).
@@ -36,6 +37,11 @@ public:
     QString logFolder() const;
 
     QList<DeviceEntry> devices() const;
+    // What is wrong with the file, one sentence each naming it: missing or
+    // unreadable, lines QSettings ignores, a group written twice, groups that
+    // are no device, ports that are no port, no device at all. The devices
+    // that can be used are still returned by devices().
+    QStringList problems() const;
     bool contains(const QString &name) const;
     DeviceEntry device(const QString &name) const;
 
@@ -49,6 +55,8 @@ public:
     static bool parseEndpoint(const QString &text, QString *host, int *port);
 
 private:
+    QStringList textProblems(const QByteArray &text) const;
+
     QString m_path;
 };
 

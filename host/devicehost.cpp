@@ -2,8 +2,10 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <iterator>
 
+#include "collectthread.h"
 #include "devicesession.h"
 #include "eventformatter.h"
 #include "eventtypes.h"
@@ -15,6 +17,9 @@ constexpr unsigned long kWaitSliceMs = 200;
 const char kKeyAlarmId[] = "alarmId";
 // Rights levels offered at log-in, by level.
 const char *const kRoleNames[] = {"viewer", "operator"};
+// The plug-in counts the connection attempt itself as one without an answer:
+// with so few retries even a good first connection is reported lost.
+constexpr int kMisleadingRetries = 1;
 } // namespace
 
 DeviceHost::DeviceHost(const QString &logFolder, QObject *parent)
@@ -22,6 +27,9 @@ DeviceHost::DeviceHost(const QString &logFolder, QObject *parent)
     , m_plugins(new PluginHost(this))
     , m_logs(logFolder)
 {
+    qRegisterMetaType<HostNotice>();
+    connect(&m_logs, &LogWriter::failureChanged, this,
+            [this](bool, const QString &message) { notice(QString(), message); });
 }
 
 DeviceHost::~DeviceHost()
@@ -31,7 +39,21 @@ DeviceHost::~DeviceHost()
 
 int DeviceHost::loadPlugins(const QString &folder)
 {
-    return m_plugins->loadFolder(folder);
+    const int known = m_plugins->problems().size();
+    const int loaded = m_plugins->loadFolder(folder);
+    for (const QString &problem : m_plugins->problems().mid(known))
+        notice(QString(), problem);
+    return loaded;
+}
+
+void DeviceHost::notice(const QString &device, const QString &text)
+{
+    const HostNotice n{QDateTime::currentDateTime(), device, text};
+    qCDebug(lcHost) << "notice" << device << text;
+    m_notices << n;
+    if (m_notices.size() > MaxNotices)
+        m_notices.removeFirst();
+    emit noticeRaised(n);
 }
 
 int DeviceHost::startDevices(const QList<DeviceEntry> &entries)
@@ -40,7 +62,7 @@ int DeviceHost::startDevices(const QList<DeviceEntry> &entries)
     for (const DeviceEntry &entry : entries) {
         CollectThread *factory = m_plugins->factory(entry.plugin);
         if (!factory) {
-            qCWarning(lcHost) << "no plug-in" << entry.plugin << "for" << entry.name;
+            notice(entry.name, tr("not started: no device plug-in \"%1\" is loaded").arg(entry.plugin));
             continue;
         }
         if (addDevice(factory, entry.name))
@@ -52,12 +74,15 @@ int DeviceHost::startDevices(const QList<DeviceEntry> &entries)
 DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name)
 {
     if (session(name)) {
-        qCWarning(lcHost) << "device already running" << name;
+        notice(name, tr("not started a second time: a device of that name is already running"));
         return nullptr;
     }
     DeviceSession *s = DeviceSession::create(factory, name, this);
-    if (!s)
+    if (!s) {
+        notice(name, tr("not started: the plug-in made no client for it"));
         return nullptr;
+    }
+    checkNewDevice(s);
     connect(s, &DeviceSession::eventReceived, this, &DeviceHost::onEventReceived);
     connect(s, &DeviceSession::dataReceived, this, &DeviceHost::onDataReceived);
     if (!m_userName.isEmpty())
@@ -66,6 +91,23 @@ DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name
     s->start();
     emit sessionsChanged();
     return s;
+}
+
+void DeviceHost::checkNewDevice(DeviceSession *session)
+{
+    const QString name = session->name();
+    const QString holder = m_logs.reserveDataName(name);
+    if (!holder.isEmpty()) {
+        notice(name, tr("the data logs of \"%1\" and \"%2\" would share one file name; \"%1\" writes %3")
+                         .arg(name, holder, QFileInfo(m_logs.dataFilePath(name, QDate::currentDate())).fileName()));
+    }
+    const int retries = session->client()->retries;
+    if (retries <= kMisleadingRetries) {
+        notice(name, tr("retries = %1: the connection attempt itself counts as one without an answer, so even a "
+                        "successful first connection is reported lost (and restored with the first answer); "
+                        "set retries to 2 or more")
+                         .arg(retries));
+    }
 }
 
 DeviceSession *DeviceHost::session(const QString &name) const

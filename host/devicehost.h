@@ -17,6 +17,17 @@ class CollectThread;
 class DeviceSession;
 class PluginHost;
 
+// Something the user has to know about the host itself rather than about a
+// UPS: a log that cannot be written, a problem in dev.ini, a plug-in passed
+// over, a device that was not started or is configured in a way that misleads.
+struct HostNotice
+{
+    QDateTime time;
+    QString device; // empty: the host as a whole
+    QString text;
+};
+Q_DECLARE_METATYPE(HostNotice)
+
 // The host's core, shared by the window and the console monitor: loads the
 // plug-ins, runs one session per configured device, writes the event and
 // data logs and stops everything in order at the end.
@@ -27,10 +38,14 @@ public:
     // Longest a client can take to notice quit(): a tick in a connection
     // attempt pauses 5 s and then waits up to 30 s for the connection.
     static constexpr int StopBoundSeconds = 35;
+    // Notices kept for windows and monitors opened later.
+    static constexpr int MaxNotices = 200;
 
     explicit DeviceHost(const QString &logFolder, QObject *parent = nullptr);
     ~DeviceHost() override;
 
+    // Loads the device plug-ins of a folder; every library passed over
+    // becomes a notice.
     int loadPlugins(const QString &folder);
     PluginHost *plugins() const { return m_plugins; }
     LogWriter &logs() { return m_logs; }
@@ -39,11 +54,15 @@ public:
     // or the first one); returns how many were started.
     int startDevices(const QList<DeviceEntry> &entries);
     // Creates and starts one session from that factory; null when the name
-    // is taken or the factory makes no client.
+    // is taken or the factory makes no client (both told as notices).
     DeviceSession *addDevice(CollectThread *factory, const QString &name);
     QList<DeviceSession *> sessions() const { return m_sessions; }
     DeviceSession *session(const QString &name) const;
     QStringList deviceNames() const;
+
+    // Tells the user (noticeRaised) and keeps the notice for later readers.
+    void notice(const QString &device, const QString &text);
+    QList<HostNotice> notices() const { return m_notices; }
 
     // The logged-in user, handed to every view (level 0 viewer, 1 operator).
     void setUserInfo(const QString &user, int level);
@@ -66,6 +85,7 @@ signals:
     void deviceEvent(QString device, int type);
     void dataLogged(QString device);
     void sessionsChanged();
+    void noticeRaised(HostNotice notice);
 
 private slots:
     void onEventReceived(int type, QMap<QString, QVariant> map);
@@ -73,10 +93,12 @@ private slots:
 
 private:
     bool repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map);
+    void checkNewDevice(DeviceSession *session);
 
     PluginHost *m_plugins;
     LogWriter m_logs;
     QList<DeviceSession *> m_sessions;
+    QList<HostNotice> m_notices;
     QString m_userName;
     int m_userLevel = 0;
     bool m_shuttingDown = false;

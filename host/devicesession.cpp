@@ -22,6 +22,8 @@ const char kInfoName[] = "name";
 constexpr int kStateCommunicating = 0;
 constexpr int kStateLost = 1;
 constexpr int kMaxIdentityChars = 64;
+constexpr qint64 kSecondsPerMinute = 60;
+constexpr qint64 kSecondsPerHour = 3600;
 
 } // namespace
 
@@ -38,7 +40,7 @@ DeviceSession *DeviceSession::create(CollectThread *factory, const QString &name
         return nullptr;
     CollectThread *client = factory->create(nullptr);
     if (!client) {
-        qCWarning(lcHost) << "the plug-in made no client for" << name;
+        qCDebug(lcHost) << "the plug-in made no client for" << name;
         return nullptr;
     }
     client->name = name;
@@ -99,6 +101,7 @@ void DeviceSession::onPostDEvent(int type, QMap<QString, QVariant> map)
         const QVariant data = map.value(QLatin1String(kKeyData));
         if (data.userType() == qMetaTypeId<QMap<int, QVariant>>()) {
             m_latestData = data.value<QMap<int, QVariant>>();
+            m_lastDataTime = QDateTime::currentDateTime();
             if (m_view) {
                 m_view->flushData(m_latestData);
                 m_view->refreshData();
@@ -161,6 +164,18 @@ DeviceStatus DeviceSession::status() const
     status.portInfo = port.toString();
     status.alarmActive = alarmsActive(m_latestData);
     return status;
+}
+
+QString DeviceSession::dataAgeText(const QDateTime &last, const QDateTime &now)
+{
+    if (!last.isValid())
+        return tr("none yet");
+    const qint64 age = qMax<qint64>(0, last.secsTo(now)); // a clock set back reads as now
+    if (age < kSecondsPerMinute)
+        return tr("%1 s ago").arg(age);
+    if (age < kSecondsPerHour)
+        return tr("%1 min %2 s ago").arg(age / kSecondsPerMinute).arg(age % kSecondsPerMinute);
+    return tr("%1 h %2 min ago").arg(age / kSecondsPerHour).arg(age % kSecondsPerHour / kSecondsPerMinute);
 }
 
 bool DeviceSession::hasFullPicture() const

@@ -1,6 +1,7 @@
 #ifndef DEVICESESSION_H
 #define DEVICESESSION_H
 
+#include <QDateTime>
 #include <QMap>
 #include <QObject>
 #include <QPointer>
@@ -55,6 +56,12 @@ public:
     DeviceStatus status() const;
     // The data points of the latest decoded measurement answer.
     QMap<int, QVariant> latestData() const { return m_latestData; }
+    // When that answer arrived; invalid before the first one. The client
+    // reports "lost" only for failed connections: an agent that holds the
+    // connection but stops answering shows only as a growing age.
+    QDateTime lastDataTime() const { return m_lastDataTime; }
+    // "12 s ago", "3 min 5 s ago", "2 h 10 min ago"; "none yet" when invalid.
+    static QString dataAgeText(const QDateTime &last, const QDateTime &now);
     // True once the view has been given measurements, alarm states and the
     // identity: a whole polling rotation has reached it.
     bool hasFullPicture() const;
@@ -92,6 +99,7 @@ private:
     QStringList m_eventTexts;
     QStringList m_dataLogHeader;
     QMap<int, QVariant> m_latestData;
+    QDateTime m_lastDataTime;
 };
 
 #endif // DEVICESESSION_H

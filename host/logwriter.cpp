@@ -28,8 +28,9 @@ QString flatField(QString text)
 
 } // namespace
 
-LogWriter::LogWriter(const QString &folder)
-    : m_folder(folder)
+LogWriter::LogWriter(const QString &folder, QObject *parent)
+    : QObject(parent)
+    , m_folder(folder)
 {
 }
 
@@ -45,14 +46,28 @@ QString LogWriter::eventFilePath(const QDate &date) const
 
 QString LogWriter::dataFilePath(const QString &device, const QDate &date) const
 {
+    const QString name = m_dataNames.value(device, fileSafeName(device));
     return QDir(m_folder).filePath(
-        QStringLiteral("data-%1-%2.csv").arg(fileSafeName(device), date.toString(QLatin1String(kDateFormat))));
+        QStringLiteral("data-%1-%2.csv").arg(name, date.toString(QLatin1String(kDateFormat))));
+}
+
+QString LogWriter::reserveDataName(const QString &device)
+{
+    if (m_dataNames.contains(device))
+        return QString();
+    const QString plain = fileSafeName(device);
+    const QString holder = m_dataNames.key(plain);
+    QString name = plain;
+    for (int n = 2; !m_dataNames.key(name).isEmpty(); ++n)
+        name = QStringLiteral("%1-%2").arg(plain).arg(n);
+    m_dataNames.insert(device, name);
+    return holder;
 }
 
 bool LogWriter::writeEvent(const QDateTime &time, const QString &device, int type, const QString &text)
 {
     const QStringList fields = {timeText(time), flatField(device), QString::number(type), flatField(text)};
-    return appendLine(eventFilePath(time.date()), fields.join(kEventSeparator), QString());
+    return appendLine(eventFilePath(time.date()), time.date(), fields.join(kEventSeparator), QString());
 }
 
 bool LogWriter::writeDataRow(const QDateTime &time, const QString &device, const QStringList &header,
@@ -60,18 +75,43 @@ bool LogWriter::writeDataRow(const QDateTime &time, const QString &device, const
 {
     const QString headerLine = csvLine(QStringList{QLatin1String(kTimeColumn)} + header);
     const QString rowLine = csvLine(QStringList{timeText(time)} + row);
-    return appendLine(dataFilePath(device, time.date()), rowLine, headerLine);
+    return appendLine(dataFilePath(device, time.date()), time.date(), rowLine, headerLine);
 }
 
-bool LogWriter::appendLine(const QString &path, const QString &line, const QString &headerIfNew)
+bool LogWriter::appendLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew)
+{
+    forgetFailuresBefore(date);
+    const auto failed = m_failed.constFind(path);
+    if (failed != m_failed.constEnd() && failed->lastTry.elapsed() < m_retryIntervalMs) {
+        ++m_droppedLines; // not yet time to try this file again
+        return false;
+    }
+    QString error;
+    if (!writeLine(path, line, headerIfNew, &error)) {
+        noteFailure(path, date, error);
+        return false;
+    }
+    m_failed.remove(path);
+    if (m_failed.isEmpty() && isFailing()) {
+        m_failure.clear();
+        const QString message = tr("The logs in %1 are written again; %n line(s) could not be written.", "",
+                                   m_droppedLines)
+                                    .arg(QDir::toNativeSeparators(m_folder));
+        m_droppedLines = 0;
+        emit failureChanged(false, message);
+    }
+    return true;
+}
+
+bool LogWriter::writeLine(const QString &path, const QString &line, const QString &headerIfNew, QString *error)
 {
     if (!QDir().mkpath(m_folder)) {
-        qCWarning(lcHost) << "cannot create the log folder" << m_folder;
+        *error = tr("the folder cannot be created");
         return false;
     }
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
-        qCWarning(lcHost) << "cannot write" << path << file.errorString();
+        *error = file.errorString();
         return false;
     }
     QTextStream out(&file);
@@ -80,7 +120,39 @@ bool LogWriter::appendLine(const QString &path, const QString &line, const QStri
         out << headerIfNew << '\n';
     out << line << '\n';
     out.flush();
-    return file.error() == QFileDevice::NoError;
+    // The file buffers too: only its flush reaches the disk and sees ENOSPC.
+    if (out.status() != QTextStream::Ok || !file.flush()) {
+        *error = file.errorString();
+        return false;
+    }
+    return true;
+}
+
+void LogWriter::noteFailure(const QString &path, const QDate &date, const QString &error)
+{
+    ++m_droppedLines;
+    FailedFile &failed = m_failed[path];
+    failed.date = date;
+    failed.lastTry.start();
+    qCDebug(lcHost) << "cannot write" << path << error;
+    if (isFailing())
+        return; // told once, until writing works again
+    m_failure = tr("Cannot write the log %1 (%2). Log lines are dropped until writing works again; "
+                   "retrying every %3 s.")
+                    .arg(QDir::toNativeSeparators(path), error)
+                    .arg(m_retryIntervalMs / 1000);
+    emit failureChanged(true, m_failure);
+}
+
+void LogWriter::forgetFailuresBefore(const QDate &date)
+{
+    // Files of earlier days get no more lines: they no longer count as failing.
+    for (auto it = m_failed.begin(); it != m_failed.end();) {
+        if (it->date < date)
+            it = m_failed.erase(it);
+        else
+            ++it;
+    }
 }
 
 QString LogWriter::csvField(const QString &field)

@@ -1,9 +1,11 @@
 #ifndef LOGWRITER_H
 #define LOGWRITER_H
 
-#include <QCoreApplication>
 #include <QDate>
 #include <QDateTime>
+#include <QElapsedTimer>
+#include <QHash>
+#include <QObject>
 #include <QString>
 #include <QStringList>
 
@@ -12,12 +14,18 @@
 //   data-<device>-YYYY-MM-DD.csv   "time" + the plug-in's data-log columns
 // The file is picked by the date of the line written, so logs roll over at
 // midnight. Files are opened for each line: a few lines a second at most.
-class LogWriter
+//
+// A file that cannot be written (folder missing or not writable, disk full)
+// does not stop anything: its lines are dropped and the file is tried again
+// at most every retryInterval, a new day's file at once. failureChanged tells
+// once when writing stops working and once when it works again.
+class LogWriter : public QObject
 {
-    Q_DECLARE_TR_FUNCTIONS(LogWriter)
-
+    Q_OBJECT
 public:
-    explicit LogWriter(const QString &folder);
+    static constexpr int DefaultRetryIntervalMs = 30000;
+
+    explicit LogWriter(const QString &folder, QObject *parent = nullptr);
 
     QString folder() const { return m_folder; }
 
@@ -29,6 +37,17 @@ public:
     QString eventFilePath(const QDate &date) const;
     QString dataFilePath(const QString &device, const QDate &date) const;
 
+    // Gives the device a data-log file name of its own: names that differ but
+    // come out alike in fileSafeName ("ups 1", "ups_1") would mix their rows
+    // in one file, so a later one gets a number appended. Returns the device
+    // that already holds the plain name, or an empty string.
+    QString reserveDataName(const QString &device);
+
+    // True while some log file cannot be written; failure() says which and why.
+    bool isFailing() const { return !m_failure.isEmpty(); }
+    QString failure() const { return m_failure; }
+    void setRetryInterval(int ms) { m_retryIntervalMs = ms; }
+
     static QString timeText(const QDateTime &time);
     // One CSV field, quoted when it holds a separator, a quote, a line break
     // or blanks at either end.
@@ -37,10 +56,29 @@ public:
     // The device name made safe for a file name.
     static QString fileSafeName(const QString &device);
 
+signals:
+    // failing: the message names the file and the reason; otherwise it says
+    // that the logs are written again and how many lines were lost.
+    void failureChanged(bool failing, QString message);
+
 private:
-    bool appendLine(const QString &path, const QString &line, const QString &headerIfNew);
+    struct FailedFile
+    {
+        QDate date;
+        QElapsedTimer lastTry;
+    };
+
+    bool appendLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew);
+    bool writeLine(const QString &path, const QString &line, const QString &headerIfNew, QString *error);
+    void noteFailure(const QString &path, const QDate &date, const QString &error);
+    void forgetFailuresBefore(const QDate &date);
 
     QString m_folder;
+    QHash<QString, QString> m_dataNames; // device -> file name part
+    QHash<QString, FailedFile> m_failed; // path -> last attempt
+    QString m_failure;
+    int m_droppedLines = 0;
+    int m_retryIntervalMs = DefaultRetryIntervalMs;
 };
 
 #endif // LOGWRITER_H

@@ -92,6 +92,14 @@ int main(int argc, char *argv[])
 
     const DeviceConfig config;
     DeviceHost host(config.logFolder());
+    // What goes wrong on the host's side goes to stderr until a console
+    // monitor takes over (the window shows it as well).
+    const QMetaObject::Connection noticesToStderr =
+        QObject::connect(&host, &DeviceHost::noticeRaised, [](const HostNotice &notice) {
+            printLine(stderr, notice.device.isEmpty()
+                                  ? QApplication::translate("main", "warning: %1").arg(notice.text)
+                                  : QApplication::translate("main", "warning: %1: %2").arg(notice.device, notice.text));
+        });
     const QString pluginFolder = options.pluginFolder.isEmpty() ? PluginHost::defaultFolder() : options.pluginFolder;
     if (host.loadPlugins(pluginFolder) == 0) {
         printLine(stderr, QApplication::translate("main", "no device plug-in (%1) found in %2")
@@ -99,11 +107,11 @@ int main(int argc, char *argv[])
         return 1;
     }
     host.setUserInfo(DeviceHost::roleName(options.userLevel), options.userLevel);
-    const QList<DeviceEntry> devices = config.devices();
-    if (devices.isEmpty())
-        printLine(stderr, QApplication::translate("main", "no devices in %1; add one with --add NAME HOST:PORT")
-                              .arg(QDir::toNativeSeparators(config.path())));
-    host.startDevices(devices);
+    // A damaged dev.ini still yields the devices it describes; without any
+    // the host runs on and says how to add one.
+    for (const QString &problem : config.problems())
+        host.notice(QString(), problem);
+    host.startDevices(config.devices());
 
     QFile out;
     out.open(stdout, QIODevice::WriteOnly);
@@ -111,6 +119,7 @@ int main(int argc, char *argv[])
     MainWindow *window = nullptr;
     if (headless) {
         monitor = new ConsoleMonitor(&host, &out, &app);
+        QObject::disconnect(noticesToStderr);
         QObject::connect(monitor, &ConsoleMonitor::quitRequested, &app, &QCoreApplication::quit);
         monitor->startStatus();
         monitor->readCommands(STDIN_FILENO);

@@ -14,7 +14,7 @@
 
 namespace {
 
-enum DeviceColumn { ColName, ColState, ColModel, ColLoad, ColAddress };
+enum DeviceColumn { ColName, ColState, ColModel, ColLoad, ColAddress, ColLastData };
 enum EventColumn { ColTime, ColDevice, ColText };
 
 constexpr int kNameRole = Qt::UserRole;
@@ -28,6 +28,7 @@ const QColor kCommunicating(0x2e, 0xa0, 0x43);
 const QColor kLost(0xd3, 0x2f, 0x2f);
 const QColor kUndecided(0x9e, 0x9e, 0x9e);
 const QColor kAlarm(0xf5, 0x8c, 0x00);
+const QColor kNotice(0xb2, 0x5e, 0x00);
 
 QIcon dotIcon(const QColor &colour)
 {
@@ -50,11 +51,16 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     , m_devicesLabel(new QLabel(this))
     , m_communicatingLabel(new QLabel(this))
     , m_lastEventLabel(new QLabel(this))
+    , m_problemLabel(new QLabel(this))
 {
     ui->setupUi(this);
     statusBar()->addWidget(m_devicesLabel);
     statusBar()->addWidget(m_communicatingLabel);
     statusBar()->addWidget(m_lastEventLabel, 1);
+    statusBar()->addPermanentWidget(m_problemLabel);
+    m_problemLabel->setObjectName(QStringLiteral("problemLabel"));
+    m_problemLabel->setStyleSheet(QStringLiteral("color: %1;").arg(kLost.name()));
+    m_problemLabel->setVisible(false);
     ui->topSplitter->setStretchFactor(0, 0);
     ui->topSplitter->setStretchFactor(1, 1);
     ui->topSplitter->setSizes({kDevicePaneWidth, width() - kDevicePaneWidth});
@@ -76,6 +82,7 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     connect(ui->actionQuit, &QAction::triggered, this, &QWidget::close);
     connect(m_host, &DeviceHost::sessionsChanged, this, &MainWindow::syncDevices);
     connect(m_host, &DeviceHost::eventLogged, this, &MainWindow::addEvent);
+    connect(m_host, &DeviceHost::noticeRaised, this, &MainWindow::addNotice);
     connect(m_host, &DeviceHost::dataLogged, this, &MainWindow::refreshDevices);
     connect(m_host, &DeviceHost::deviceEvent, this, [this](const QString &, int type) {
         if (type == EventType::Restored || type == EventType::Lost || type == EventType::State)
@@ -84,6 +91,9 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     connect(&m_refreshTimer, &QTimer::timeout, this, &MainWindow::refreshDevices);
     connect(&m_screenshotTimer, &QTimer::timeout, this, &MainWindow::checkScreenshot);
 
+    // What the host had to say before the window opened (dev.ini, plug-ins).
+    for (const HostNotice &notice : m_host->notices())
+        addNotice(notice);
     syncDevices();
     m_refreshTimer.start(RefreshPeriodMs);
 }
@@ -152,6 +162,7 @@ void MainWindow::syncDevices()
 void MainWindow::refreshDevices()
 {
     int communicating = 0;
+    const QDateTime now = QDateTime::currentDateTime();
     const QList<DeviceSession *> sessions = m_host->sessions();
     for (DeviceSession *session : sessions) {
         QTreeWidgetItem *item = deviceItem(session->name());
@@ -169,6 +180,7 @@ void MainWindow::refreshDevices()
         item->setText(ColModel, status.model);
         item->setText(ColLoad, status.load >= 0 ? tr("%1 %").arg(status.load) : QString());
         item->setText(ColAddress, status.portInfo);
+        item->setText(ColLastData, DeviceSession::dataAgeText(session->lastDataTime(), now));
         const QStringList alarms = session->activeAlarms();
         item->setToolTip(ColName, alarms.isEmpty() ? status.portInfo
                                                    : tr("Active alarms:\n%1").arg(alarms.join(QLatin1Char('\n'))));
@@ -223,18 +235,35 @@ void MainWindow::onCurrentDeviceChanged(QTreeWidgetItem *current)
 
 void MainWindow::addEvent(QDateTime time, QString device, int type, QString text)
 {
+    addEventRow(time, device, text, type == EventType::Lost ? kLost : QColor());
+    m_lastEventLabel->setText(tr("Last event: %1 %2 - %3").arg(time.toString(QStringLiteral("hh:mm:ss")), device, text));
+}
+
+void MainWindow::addNotice(const HostNotice &notice)
+{
+    addEventRow(notice.time, notice.device.isEmpty() ? tr("Host") : notice.device, notice.text, kNotice);
+    // A log that cannot be written stays in sight until it works again.
+    const QString failure = m_host->logs().failure();
+    m_problemLabel->setText(failure);
+    m_problemLabel->setToolTip(failure);
+    m_problemLabel->setVisible(!failure.isEmpty());
+}
+
+void MainWindow::addEventRow(const QDateTime &time, const QString &device, const QString &text,
+                             const QColor &colour)
+{
     auto *item = new QTreeWidgetItem;
     item->setText(ColTime, LogWriter::timeText(time));
     item->setText(ColDevice, device);
     item->setText(ColText, text);
-    if (type == EventType::Lost) {
+    item->setToolTip(ColText, text);
+    if (colour.isValid()) {
         for (int c = ColTime; c <= ColText; ++c)
-            item->setForeground(c, kLost);
+            item->setForeground(c, colour);
     }
     ui->eventTable->insertTopLevelItem(0, item); // newest first
     while (ui->eventTable->topLevelItemCount() > MaxEventRows)
         delete ui->eventTable->takeTopLevelItem(ui->eventTable->topLevelItemCount() - 1);
-    m_lastEventLabel->setText(tr("Last event: %1 %2 - %3").arg(time.toString(QStringLiteral("hh:mm:ss")), device, text));
 }
 
 void MainWindow::onUserLevelChanged(int index)

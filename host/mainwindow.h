@@ -12,6 +12,7 @@
 #include "devicesession.h"
 
 class DeviceHost;
+struct HostNotice;
 class QLabel;
 class QTreeWidgetItem;
 
@@ -19,9 +20,11 @@ namespace Ui {
 class MainWindow;
 }
 
-// The host's window: the device list with a state colour on the left, the
-// selected device's own view on the right, the event log below and a status
-// bar. The views belong to their clients; the window only shows them.
+// The host's window: the device list with a state colour and the age of the
+// last data on the left, the selected device's own view on the right, the
+// event log with the host's notices below and a status bar that keeps a log
+// writing problem in sight. The views belong to their clients; the window
+// only shows them.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -56,6 +59,7 @@ protected:
 private slots:
     void syncDevices();
     void addEvent(QDateTime time, QString device, int type, QString text);
+    void addNotice(const HostNotice &notice);
     void onUserLevelChanged(int index);
     void onCurrentDeviceChanged(QTreeWidgetItem *current);
     void checkScreenshot();
@@ -63,6 +67,7 @@ private slots:
 private:
     QTreeWidgetItem *deviceItem(const QString &name) const;
     void detachViews();
+    void addEventRow(const QDateTime &time, const QString &device, const QString &text, const QColor &colour);
     bool allDevicesRead() const;
 
     Ui::MainWindow *ui;
@@ -71,6 +76,7 @@ private:
     QLabel *m_devicesLabel;
     QLabel *m_communicatingLabel;
     QLabel *m_lastEventLabel;
+    QLabel *m_problemLabel;
     QTimer m_refreshTimer;
     QTimer m_screenshotTimer;
     QElapsedTimer m_screenshotClock;

@@ -34,10 +34,15 @@ public:
     // The factory of the plug-in with that class name; an empty name picks
     // the first plug-in found (files in name order). Null when none fits.
     CollectThread *factory(const QString &className = QString()) const;
-    // Why libraries were passed over (wrong interface, no factory, load errors).
+    // Why library files were passed over, one sentence each naming the
+    // file: damaged or no library, another interface, another copy of a
+    // loaded plug-in, no device factory. Ordinary libraries are not named.
     QStringList problems() const { return m_problems; }
 
 private:
+    void loadFile(const QString &path);
+    void addProblem(const QString &text);
+
     struct Plugin
     {
         QString className;
