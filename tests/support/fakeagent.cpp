@@ -4,14 +4,24 @@
 #include <QMutexLocker>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
+
+#ifdef Q_OS_UNIX
+#include <sys/socket.h>
+#endif
 
 namespace {
 constexpr int kRequestSize = 12;
+
+FakeAgent::Plan answerPlan(const QByteArray &answer)
+{
+    return answer.isEmpty() ? FakeAgent::Plan() : FakeAgent::Plan{FakeAgent::Step::send(answer)};
 }
+} // namespace
 
 FakeAgent::FakeAgent()
 {
-    m_responder = &FakeAgent::defaultReply;
+    setResponder(&FakeAgent::defaultReply);
     m_thread.setObjectName(QStringLiteral("FakeAgent"));
     m_thread.start();
     moveToThread(&m_thread);
@@ -54,10 +64,34 @@ void FakeAgent::stop()
         Qt::BlockingQueuedConnection);
 }
 
+void FakeAgent::dropConnections()
+{
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            for (QTcpSocket *s : findChildren<QTcpSocket *>())
+                s->abort();
+        },
+        Qt::BlockingQueuedConnection);
+}
+
+void FakeAgent::closeNextConnections(int count)
+{
+    QMetaObject::invokeMethod(this, [this, count] { m_closeOnAccept = count; }, Qt::BlockingQueuedConnection);
+}
+
 void FakeAgent::setResponder(Responder responder)
 {
+    setScript([responder](const QByteArray &request, int) {
+        return answerPlan(responder ? responder(request) : QByteArray());
+    });
+}
+
+void FakeAgent::setScript(Script script)
+{
     QMutexLocker locker(&m_lock);
-    m_responder = std::move(responder);
+    m_script = std::move(script);
+    m_ordinal = 0;
 }
 
 QList<QByteArray> FakeAgent::requests() const
@@ -66,34 +100,100 @@ QList<QByteArray> FakeAgent::requests() const
     return m_requests;
 }
 
+FakeAgent::Plan FakeAgent::drip(const QByteArray &bytes, int msPerByte)
+{
+    Plan plan;
+    for (int i = 0; i < bytes.size(); ++i) {
+        if (i > 0)
+            plan << Step::wait(msPerByte);
+        plan << Step::send(bytes.mid(i, 1));
+    }
+    return plan;
+}
+
 void FakeAgent::onNewConnection()
 {
     while (QTcpSocket *s = m_server->nextPendingConnection()) {
         s->setParent(this);
-        connect(s, &QTcpSocket::readyRead, this, &FakeAgent::onReadyRead);
         connect(s, &QTcpSocket::disconnected, s, &QObject::deleteLater);
+        if (m_closeOnAccept > 0) {
+            --m_closeOnAccept;
+            s->disconnectFromHost();
+            continue;
+        }
+        m_links.insert(s, Link());
+        connect(s, &QObject::destroyed, this, [this, s] { m_links.remove(s); });
+        connect(s, &QTcpSocket::readyRead, this, &FakeAgent::onReadyRead);
     }
 }
 
 void FakeAgent::onReadyRead()
 {
     auto *s = qobject_cast<QTcpSocket *>(sender());
-    if (!s)
+    auto link = m_links.find(s);
+    if (link == m_links.end())
         return;
-    m_pending += s->readAll();
-    while (m_pending.size() >= kRequestSize) {
-        const QByteArray request = m_pending.left(kRequestSize);
-        m_pending.remove(0, kRequestSize);
-        Responder responder;
+    link->pending += s->readAll();
+    while (link->pending.size() >= kRequestSize) {
+        const QByteArray request = link->pending.left(kRequestSize);
+        link->pending.remove(0, kRequestSize);
+        Script script;
+        int ordinal = 0;
         {
             QMutexLocker locker(&m_lock);
             m_requests << request;
-            responder = m_responder;
+            script = m_script;
+            ordinal = m_ordinal++;
         }
-        const QByteArray reply = responder ? responder(request) : QByteArray();
-        if (!reply.isEmpty())
-            s->write(reply);
+        if (script)
+            link->outbox += script(request, ordinal).toList();
     }
+    runOutbox(s);
+}
+
+void FakeAgent::runOutbox(QTcpSocket *socket)
+{
+    auto link = m_links.find(socket);
+    if (link == m_links.end() || socket->state() != QAbstractSocket::ConnectedState)
+        return;
+    while (!link->waiting && !link->outbox.isEmpty()) {
+        const Step step = link->outbox.takeFirst();
+        switch (step.kind) {
+        case Step::Send:
+            socket->write(step.bytes);
+            socket->flush(); // on the wire now, not when the loop comes round
+            break;
+        case Step::Wait:
+            link->waiting = true;
+            // The socket as context: the continuation dies with the connection.
+            QTimer::singleShot(step.ms, socket, [this, socket] {
+                auto again = m_links.find(socket);
+                if (again != m_links.end()) {
+                    again->waiting = false;
+                    runOutbox(socket);
+                }
+            });
+            return;
+        case Step::Close:
+            link->outbox.clear();
+            socket->disconnectFromHost();
+            return;
+        case Step::Reset:
+            link->outbox.clear();
+            resetConnection(socket);
+            return;
+        }
+    }
+}
+
+void FakeAgent::resetConnection(QTcpSocket *socket)
+{
+#ifdef Q_OS_UNIX
+    // A zero linger time makes the close send RST instead of FIN.
+    const linger noLinger{1, 0};
+    ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &noLinger, sizeof noLinger);
+#endif
+    socket->abort();
 }
 
 QByteArray FakeAgent::answer(quint8 function, const QByteArray &data)
