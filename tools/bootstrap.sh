@@ -8,7 +8,7 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD_DIR="${BUILD_DIR:-$ROOT/build}"
 
 PACKAGES=(
-    cmake g++ make
+    cmake g++ make clang libclang-rt-14-dev
     qtbase5-dev qtbase5-dev-tools libqt5serialbus5-dev qttools5-dev-tools
     fonts-dejavu-core xvfb xauth
 )

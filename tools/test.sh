@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds everything and runs every test: the full suite, then the client,
 # decoder and dictionary tests again under AddressSanitizer +
-# UndefinedBehaviorSanitizer (the tst_core_* tests, label "core").
+# UndefinedBehaviorSanitizer (the tst_core_* tests, label "core"), then the
+# libFuzzer targets for a bounded time each (tools/fuzz.sh).
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 export QT_QPA_PLATFORM=offscreen
@@ -18,3 +19,6 @@ BUILD_DIR="$ROOT/build-asan" "$ROOT/tools/bootstrap.sh" \
     LSAN_OPTIONS="suppressions=$ROOT/tools/lsan.supp" \
     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     ctest -L core --output-on-failure)
+
+# Answer decoding and dev.ini reading under libFuzzer, 40 s each (both at once).
+bash "$ROOT/tools/fuzz.sh" 40
