@@ -8,8 +8,16 @@
 #include <QTimer>
 #include <ctime>
 #include <limits>
+#include <optional>
 
+#include "inifilecheck.h"
 #include "orvekfont.h"
+#include "upsalarms.h"
+#include "upsanswer.h"
+#include "upscommands.h"
+#include "upscontract.h"
+#include "upsframes.h"
+#include "upspoints.h"
 // The core-only build (sanitizer runs) leaves the views out.
 #ifndef ORVEK_NO_VIEWS
 #include "childform.h"
@@ -19,122 +27,11 @@ Q_LOGGING_CATEGORY(lcOrvekClient, "orvek.client")
 
 namespace {
 
-// Modbus/TCP framing of this client: transaction id and unit id are fixed.
-constexpr int kFrameSize = 12;
-constexpr quint8 kUnitId = 0x01;
-constexpr quint8 kFnReadDiscreteInputs = 0x02;
-constexpr quint8 kFnReadInputRegisters = 0x04;
-constexpr quint8 kFnWriteSingleRegister = 0x06;
-
-// Answers: MBAP header (7) + function (1) + byte count (1), data from byte 9.
-constexpr int kMinAnswerSize = 14;
-constexpr int kByteCountOffset = 8;
-constexpr int kDataOffset = 9;
-
-constexpr quint8 kCountMeasurements = 0x92; // 73 registers from 0x0101
-constexpr quint8 kCountIdentityA = 0xE0;    // 112 registers from 0x0201
-constexpr quint8 kCountIdentityB = 0xA0;    // 80 registers from 0x0271
-constexpr quint8 kCountAlarms = 0x09;       // 65 discrete inputs from 0x0101
-
-constexpr int kMeasurementCount = 73;
-constexpr int kAlarmBytes = 8; // the ninth byte of the alarm block is not used
-
-constexpr int kRequestCount = 4;
-struct ReadRequest
-{
-    quint8 function;
-    quint16 start;
-    quint16 quantity;
-};
-// Rotation order: identity block A, identity block B, measurements, alarms.
-constexpr ReadRequest kReadRequests[kRequestCount] = {
-    {kFnReadInputRegisters, 0x0201, 0x0070},
-    {kFnReadInputRegisters, 0x0271, 0x0050},
-    {kFnReadInputRegisters, 0x0101, 0x0049},
-    {kFnReadDiscreteInputs, 0x0101, 0x0041},
-};
-
-// Registers that are the first half of a 32-bit pair on the device.
-constexpr int kLongRegisters[] = {18, 20, 22, 33, 35, 37, 50, 52, 54, 60, 62};
-
-constexpr int kIdAgentAddress = 4014;
-constexpr int kIdManufacturer = 4001;
-constexpr int kIdModel = 4000;
-constexpr int kIdOutputLoad = 39;
-constexpr int kAlarmIdBase = 2000;
-constexpr int kAlarmBatteryLow = 3;
-constexpr int kAlarmInputFault = 6;
-
-constexpr int kEvRestored = 1040;
-constexpr int kEvLost = 1041;
-constexpr int kEvCommandResult = 1042;
-constexpr int kEvState = 2001;
-constexpr int kEvAlarm = 2006;
-constexpr int kEvDecoded = 2007;
-constexpr int kEvInputFault = 2009;
-constexpr int kEvBatteryLow = 2010;
-
-constexpr int kDefaultPort = 502;
-constexpr int kDefaultRetries = 5;
-constexpr int kDefaultInterval = 5;
 constexpr int kReadBufferSize = 1024;
 constexpr int kDefaultReconnectPauseMs = 5000;
 constexpr int kDefaultConnectWaitMs = 30000;
 constexpr int kMaxCommandsPerTick = 200;
-
-const char kTimeFormat[] = "yyyy-MM-dd hh:mm:ss";
-
-// Control command table: text for the result, register written and how the
-// value is formed (fixed, or parsed from the request's argument).
-struct CommandEntry
-{
-    int id;
-    const char *text;
-    quint8 reg;
-    bool parsesValue;
-    quint16 fixedValue;
-};
-constexpr CommandEntry kCommands[] = {
-    {1003, QT_TRANSLATE_NOOP("OrvekClient", "Selftest"), 1, false, 0xFFFF},
-    {1004, QT_TRANSLATE_NOOP("OrvekClient", "Discharge"), 6, true, 0},
-    {1005, QT_TRANSLATE_NOOP("OrvekClient", "Discharge to low"), 2, false, 0xFFFF},
-    {1006, QT_TRANSLATE_NOOP("OrvekClient", "Cancel task"), 4, false, 0xFFFF},
-    {1007, QT_TRANSLATE_NOOP("OrvekClient", "Shutdown UPS"), 7, true, 0},
-    {1008, QT_TRANSLATE_NOOP("OrvekClient", "Standby UPS"), 8, true, 0},
-    // The clock text is not sent: the device is told register 0 = 0.
-    {1011, QT_TRANSLATE_NOOP("OrvekClient", "Time set"), 0, false, 0},
-    {1013, QT_TRANSLATE_NOOP("OrvekClient", "Cancel shutdown"), 5, false, 0xFFFF},
-    // The same value toggles the buzzer whatever the requested state.
-    {1014, QT_TRANSLATE_NOOP("OrvekClient", "Buzzer switch"), 3, false, 0xFFFF},
-};
-
-quint8 byteAt(const QByteArray &buffer, int index)
-{
-    return index >= 0 && index < buffer.size() ? quint8(buffer.at(index)) : 0;
-}
-
-quint16 registerAt(const QByteArray &buffer, int n)
-{
-    const int at = kDataOffset + 2 * n;
-    return quint16((byteAt(buffer, at) << 8) | byteAt(buffer, at + 1));
-}
-
-bool isLongRegister(int n)
-{
-    for (int r : kLongRegisters) {
-        if (r == n)
-            return true;
-    }
-    return false;
-}
-
-// Low 16 bits of the decimal argument; text that is not a number gives 0.
-quint16 parseCommandValue(const QString &value)
-{
-    bool ok = false;
-    const qlonglong parsed = value.toLongLong(&ok, 10);
-    return ok ? quint16(parsed & 0xFFFF) : 0;
-}
+constexpr int kMaxPort = 65535;
 
 int positiveOr(const QVariant &value, int fallback)
 {
@@ -152,21 +49,10 @@ int quarterInterval(int value)
 
 QString nowText()
 {
-    return QDateTime::currentDateTime().toString(QLatin1String(kTimeFormat));
+    return QDateTime::currentDateTime().toString(QLatin1String(UpsKey::TimeFormat));
 }
 
 } // namespace
-
-// Slices of the two identity answers: data point id, offset in the answer, length.
-struct IdentitySlice
-{
-    int id;
-    int offset;
-    int length;
-};
-static const IdentitySlice kIdentityA[] = {
-    {4001, 9, 32}, {4000, 41, 64}, {4004, 105, 64}, {4003, 169, 64}};
-static const IdentitySlice kIdentityB[] = {{4005, 9, 64}, {4002, 73, 64}, {4006, 137, 32}};
 
 OrvekClient::OrvekClient(CollectThread *parent)
     : CollectThread(nullptr)
@@ -213,34 +99,41 @@ void OrvekClient::setConnectTimings(int pauseMs, int connectWaitMsValue)
 
 QString OrvekClient::configFilePath()
 {
-    QString dir = QCoreApplication::applicationDirPath();
-    dir.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    return dir + QStringLiteral("/KSVO/") + QStringLiteral("Quoranet") + QStringLiteral("/db")
-           + QStringLiteral("/dev.ini");
+    return UpsConfig::filePath();
 }
 
 void OrvekClient::loadConfig()
 {
-    QSettings settings(configFilePath(), QSettings::IniFormat);
+    using namespace UpsConfig;
+    // A file QSettings cannot read safely counts as missing: the defaults apply.
+    const QString path = configFilePath();
+    const int unsafeLine = IniFileCheck::unsafeLine(path);
+    if (unsafeLine)
+        qCWarning(lcOrvekClient) << path << "line" << unsafeLine << "holds an encoded value; the defaults apply";
+    std::optional<QSettings> file;
+    if (!unsafeLine)
+        file.emplace(path, QSettings::IniFormat);
+    const auto setting = [&file](const QString &key, const QVariant &fallback = QVariant()) {
+        return file ? file->value(key, fallback) : fallback;
+    };
     const QString group = name;
-    const QString address = settings.value(group + QStringLiteral("/ipAddr")).toString();
+    const QString address = setting(key(group, IpAddr)).toString();
     // Missing or unusable numbers fall back to the defaults.
-    int port = positiveOr(settings.value(group + QStringLiteral("/port"), kDefaultPort), kDefaultPort);
-    if (port > 65535)
-        port = kDefaultPort;
+    int port = positiveOr(setting(key(group, Port), DefaultPort), DefaultPort);
+    if (port > kMaxPort)
+        port = DefaultPort;
     bool ok = false;
-    const int configuredRetries = settings.value(group + QStringLiteral("/retries"), kDefaultRetries).toInt(&ok);
-    retries = ok ? configuredRetries : kDefaultRetries;
-    protocol = settings.value(group + QStringLiteral("/protocol")).toInt();
-    const int configuredInterval = settings.value(group + QStringLiteral("/interval"), kDefaultInterval).toInt(&ok);
-    interval = ok ? configuredInterval : kDefaultInterval;
+    const int configuredRetries = setting(key(group, Retries), DefaultRetries).toInt(&ok);
+    retries = ok ? configuredRetries : DefaultRetries;
+    protocol = setting(key(group, Protocol)).toInt();
+    const int configuredInterval = setting(key(group, Interval), DefaultInterval).toInt(&ok);
+    interval = ok ? configuredInterval : DefaultInterval;
     setTarget(address, port);
 
+    const QString chooseList = key(group, EventChooseList);
     const int n = getEventLogDesc().size();
-    for (int i = 0; i < n; ++i) {
-        const QString key = group + QStringLiteral("/eventChooseList/%1").arg(i + 1);
-        eventChooseList[i] = settings.value(key).toInt();
-    }
+    for (int i = 0; i < n; ++i)
+        eventChooseList[i] = setting(chooseList + QLatin1Char('/') + QString::number(i + 1)).toInt();
     interval = quarterInterval(interval);
 }
 
@@ -277,12 +170,12 @@ void OrvekClient::poll()
 EventMap OrvekClient::baseEventMap() const
 {
     EventMap map;
-    map.insert(QStringLiteral("name"), name);
-    map.insert(QStringLiteral("protocol"), protocol);
-    map.insert(QStringLiteral("lost"), 0);
-    map.insert(QStringLiteral("ipAddr"), targetAddress);
-    map.insert(QStringLiteral("port"), targetPort);
-    map.insert(QStringLiteral("timeStr"), nowText());
+    map.insert(UpsKey::Name, name);
+    map.insert(UpsKey::Protocol, protocol);
+    map.insert(UpsKey::Lost, 0);
+    map.insert(UpsKey::IpAddr, targetAddress);
+    map.insert(UpsKey::Port, targetPort);
+    map.insert(UpsKey::TimeStr, nowText());
     return map;
 }
 
@@ -299,12 +192,7 @@ void OrvekClient::threadTimer()
     }
     check_set_command();
 
-    EventMap map;
-    map.insert(QStringLiteral("name"), name);
-    map.insert(QStringLiteral("protocol"), protocol);
-    map.insert(QStringLiteral("ipAddr"), targetAddress);
-    map.insert(QStringLiteral("port"), targetPort);
-    map.insert(QStringLiteral("timeStr"), nowText());
+    EventMap map = baseEventMap(); // sent only as a lost report
 
     const QAbstractSocket::SocketState state = socket->state();
     if (state == QAbstractSocket::UnconnectedState || state == QAbstractSocket::ClosingState)
@@ -325,55 +213,47 @@ void OrvekClient::connectOrCountFailure(EventMap &map)
         socket->abort();
     }
     ++failCount;
-    if (failCount >= retries && (lostState == -1 || lostState == 0)) {
-        map.insert(QStringLiteral("lost"), 1);
-        map.insert(QStringLiteral("state"), 1);
-        map.insert(QStringLiteral("desc"), name);
-        emit postDEvent(kEvLost, map);
-        lostState = 1;
-        flushUpsInfo(QStringLiteral("state"), 1);
-        emit postDEvent(kEvState, map);
+    if (failCount >= retries && (lostState == -1 || lostState == UpsInfo::Communicating)) {
+        map.insert(UpsKey::Lost, 1);
+        map.insert(UpsKey::State, UpsInfo::CommunicationLost);
+        map.insert(UpsKey::Desc, name);
+        emit postDEvent(UpsEvent::Lost, map);
+        lostState = UpsInfo::CommunicationLost;
+        flushUpsInfo(UpsInfo::State, UpsInfo::CommunicationLost);
+        emit postDEvent(UpsEvent::State, map);
     }
 }
 
 QByteArray OrvekClient::readRequest(int index)
 {
-    const ReadRequest &r = kReadRequests[qBound(0, index, kRequestCount - 1)];
-    QByteArray frame(kFrameSize, '\0');
-    frame[5] = 0x06; // length of the rest
-    frame[6] = char(kUnitId);
-    frame[7] = char(r.function);
-    frame[8] = char(r.start >> 8);
-    frame[9] = char(r.start & 0xFF);
-    frame[10] = char(r.quantity >> 8);
-    frame[11] = char(r.quantity & 0xFF);
-    return frame;
+    return UpsFrames::readRequest(index);
 }
 
 QByteArray OrvekClient::writeRequest(quint8 reg, quint16 value)
 {
-    QByteArray frame(kFrameSize, '\0');
-    frame[5] = 0x06;
-    frame[6] = char(kUnitId);
-    frame[7] = char(kFnWriteSingleRegister);
-    frame[8] = 0x00;
-    frame[9] = char(reg);
-    frame[10] = char(value >> 8);
-    frame[11] = char(value & 0xFF);
-    return frame;
+    return UpsFrames::writeRequest(reg, value);
 }
 
 void OrvekClient::UPS_sendMessage()
 {
     socket->write(readRequest(requestIndex));
     socket->waitForBytesWritten(-1);
-    socket->waitForReadyRead(intervalMs());
+    waitForAnswer();
     if (socket->bytesAvailable() > 0)
         readMessage();
     // The rotation moves on whether or not this request was answered.
     ++requestIndex;
-    if (requestIndex > kRequestCount - 1)
+    if (requestIndex > UpsFrames::RequestCount - 1)
         requestIndex = 0;
+}
+
+void OrvekClient::waitForAnswer()
+{
+    // With the read buffer full nothing more can arrive before the next read,
+    // and the socket's wait would only spin on the readable descriptor until
+    // it times out: read what is there at once.
+    if (socket->bytesAvailable() < kReadBufferSize)
+        socket->waitForReadyRead(intervalMs());
 }
 
 void OrvekClient::readMessage()
@@ -383,107 +263,76 @@ void OrvekClient::readMessage()
 
 void OrvekClient::decodeAnswer(const QByteArray &buffer)
 {
+    const UpsAnswer answer = UpsAnswer::decode(buffer);
     // Exception answers (9 bytes) and fragments are dropped without a trace.
-    if (buffer.size() < kMinAnswerSize)
+    if (!answer.accepted())
         return;
     failCount = 0;
-    // Answers are not matched to requests: the byte count alone tells the type.
-    const quint8 count = byteAt(buffer, kByteCountOffset);
     EventMap ev = baseEventMap();
-    dataPoints.insert(kIdAgentAddress, targetAddress);
+    dataPoints.insert(UpsPoint::AgentAddress, targetAddress);
 
     bool raised = false;
-    switch (count) {
-    case kCountMeasurements:
-        decodeMeasurements(buffer, ev);
+    switch (answer.kind) {
+    case UpsAnswer::Kind::Measurements:
+        storeMeasurements(answer, ev);
         break;
-    case kCountIdentityA:
-        decodeIdentity(buffer, kIdentityA, int(std::size(kIdentityA)));
+    case UpsAnswer::Kind::Identity:
+        for (const auto &block : answer.identity)
+            dataPoints.insert(block.first, block.second);
         break;
-    case kCountIdentityB:
-        decodeIdentity(buffer, kIdentityB, int(std::size(kIdentityB)));
+    case UpsAnswer::Kind::Alarms:
+        raised = storeAlarms(answer, ev);
+        ev.insert(UpsKey::DisAlarm, int(raised));
         break;
-    case kCountAlarms:
-        raised = decodeAlarms(buffer, ev);
-        ev.insert(QStringLiteral("dis_alarm"), int(raised));
-        break;
-    default:
+    case UpsAnswer::Kind::Unknown:
+    case UpsAnswer::Kind::Dropped:
         break; // contact, but nothing to decode
     }
 
-    if (lostState != 0) {
-        lostState = 0;
-        ev.insert(QStringLiteral("desc"), name);
-        ev.insert(QStringLiteral("state"), 0);
-        emit postDEvent(kEvRestored, ev);
-        emit postDEvent(kEvState, ev);
+    if (lostState != UpsInfo::Communicating) {
+        lostState = UpsInfo::Communicating;
+        ev.insert(UpsKey::Desc, name);
+        ev.insert(UpsKey::State, UpsInfo::Communicating);
+        emit postDEvent(UpsEvent::Restored, ev);
+        emit postDEvent(UpsEvent::State, ev);
     }
     if (raised) {
-        ev.insert(QStringLiteral("dis_alarm"), 1);
-        ev.insert(QStringLiteral("state"), lostState);
-        emit postDEvent(kEvState, ev);
+        ev.insert(UpsKey::DisAlarm, 1);
+        ev.insert(UpsKey::State, lostState);
+        emit postDEvent(UpsEvent::State, ev);
     }
-    emit postDEvent(kEvDecoded, ev);
+    emit postDEvent(UpsEvent::Decoded, ev);
 }
 
-void OrvekClient::decodeMeasurements(const QByteArray &buffer, EventMap &ev)
+void OrvekClient::storeMeasurements(const UpsAnswer &answer, EventMap &ev)
 {
-    for (int n = 0; n < kMeasurementCount; ++n) {
-        quint16 value = registerAt(buffer, n);
-        if (isLongRegister(n)) {
-            // A 32-bit pair on the device; each id still carries its own 16 bits.
-            const quint32 wide = (quint32(value) << 16) | registerAt(buffer, n + 1);
-            value = quint16(wide >> 16);
-        }
-        dataPoints.insert(n, int(value));
-    }
-    ev.insert(QStringLiteral("data"), QVariant::fromValue(dataPoints));
-    ev.insert(QStringLiteral("raw_data"), buffer.mid(kDataOffset, 2 * kMeasurementCount));
+    for (int n = 0; n < answer.registers.size(); ++n)
+        dataPoints.insert(n, int(answer.registers.at(n)));
+    ev.insert(UpsKey::Data, QVariant::fromValue(dataPoints));
+    ev.insert(UpsKey::RawData, answer.rawData);
 }
 
-void OrvekClient::decodeIdentity(const QByteArray &buffer, const IdentitySlice *slices, int count)
+bool OrvekClient::storeAlarms(const UpsAnswer &answer, EventMap &ev)
 {
-    // Kept as raw bytes, trailing NUL or blanks included.
-    for (int i = 0; i < count; ++i)
-        dataPoints.insert(slices[i].id, buffer.mid(slices[i].offset, slices[i].length));
-}
-
-bool OrvekClient::decodeAlarms(const QByteArray &buffer, EventMap &ev)
-{
-    QMap<int, int> states;
-    for (int j = 0; j < kAlarmBytes; ++j) {
-        const quint8 byte = byteAt(buffer, kDataOffset + j);
-        for (int b = 0; b < 8; ++b)
-            states.insert(8 * j + b, (byte >> b) & 1);
-    }
-
-    // Only the first quarter of the event list are alarm numbers evaluated
-    // here (0..26 with the full list); higher bits are dropped on purpose.
-    const int n = getEventLogDesc().size();
-    const int evaluated = n / 4;
-    const int clearedOffset = n / 2;
+    const int textCount = getEventLogDesc().size();
     bool raised = false;
-    for (int i = 0; i < evaluated; ++i) {
-        const int cur = states.value(i, 0);
+    for (int i = 0; i < UpsAlarms::evaluatedCount(textCount); ++i) {
+        const int cur = answer.alarm(i);
         const int prev = eventStates.value(i, 0);
         if (cur != prev) {
             if (cur == 1) {
-                ev.insert(QStringLiteral("alarmId"), i);
+                ev.insert(UpsKey::AlarmId, UpsAlarms::raisedTextIndex(i));
                 raised = true;
             } else {
-                ev.insert(QStringLiteral("alarmId"), i + clearedOffset);
+                ev.insert(UpsKey::AlarmId, UpsAlarms::clearedTextIndex(i, textCount));
             }
-            ev.insert(QStringLiteral("alarmState"), cur);
-            emit postDEvent(kEvAlarm, ev);
-            if (i == kAlarmBatteryLow) {
-                emit postDEvent(kEvBatteryLow, ev);
-            } else if (i == kAlarmInputFault) {
-                ev.insert(QStringLiteral("alarmState"), cur);
-                emit postDEvent(kEvInputFault, ev);
-            }
+            ev.insert(UpsKey::AlarmState, cur);
+            emit postDEvent(UpsEvent::Alarm, ev);
+            if (const int followUp = UpsAlarms::followUpEvent(i))
+                emit postDEvent(followUp, ev);
         }
         eventStates.insert(i, cur);
-        dataPoints.insert(kAlarmIdBase + i, cur);
+        dataPoints.insert(UpsPoint::AlarmFirst + i, cur);
     }
     return raised;
 }
@@ -496,13 +345,13 @@ void OrvekClient::reportData()
         for (auto it = points.constBegin(); it != points.constEnd(); ++it)
             upsInfo.insert(QString::number(it.key()), it.value());
     }
-    flushUpsInfo(QStringLiteral("IdentManufacturer"), dataPoints.value(kIdManufacturer));
-    flushUpsInfo(QStringLiteral("name"), name);
-    flushUpsInfo(QStringLiteral("upsIdentModel"), dataPoints.value(kIdModel));
-    flushUpsInfo(QStringLiteral("portInfo"), QStringLiteral("tcp:%1:%2").arg(targetAddress, QString::number(targetPort)));
-    flushUpsInfo(QStringLiteral("state"), lostState);
-    flushUpsInfo(QStringLiteral("upsAddr"), QStringLiteral("1"));
-    flushUpsInfo(QStringLiteral("upsLoad"), dataPoints.value(kIdOutputLoad).toInt());
+    flushUpsInfo(UpsInfo::Manufacturer, dataPoints.value(UpsPoint::Manufacturer));
+    flushUpsInfo(UpsInfo::Name, name);
+    flushUpsInfo(UpsInfo::Model, dataPoints.value(UpsPoint::Model));
+    flushUpsInfo(UpsInfo::PortInfo, QStringLiteral("tcp:%1:%2").arg(targetAddress, QString::number(targetPort)));
+    flushUpsInfo(UpsInfo::State, lostState);
+    flushUpsInfo(UpsInfo::Address, QString::number(UpsFrames::UnitId));
+    flushUpsInfo(UpsInfo::Load, dataPoints.value(UpsPoint::OutputLoad).toInt());
 }
 
 int OrvekClient::control(int id, QString value)
@@ -532,36 +381,25 @@ int OrvekClient::check_set_command()
     ControlCmd cmd;
     // The lock is taken only to take a command off the queue, never while sending.
     while (takeNextCommand(cmd)) {
-        map.insert(QStringLiteral("controlId"), cmd.id);
-        map.insert(QStringLiteral("controlValue"), cmd.value);
-        map.insert(QStringLiteral("name"), name);
+        map.insert(UpsKey::ControlId, cmd.id);
+        map.insert(UpsKey::ControlValue, cmd.value);
+        map.insert(UpsKey::Name, name);
 
-        QString commandText;
-        quint8 reg = 0;
-        quint16 value = 0;
-        for (const CommandEntry &entry : kCommands) {
-            if (entry.id == cmd.id) {
-                commandText = tr(entry.text);
-                reg = entry.reg;
-                value = entry.parsesValue ? parseCommandValue(cmd.value) : entry.fixedValue;
-                break;
-            }
-        }
-
+        const UpsCommands::Command &command = UpsCommands::find(cmd.id);
+        const QString commandText = command.text ? tr(command.text) : QString();
         int result = 0;
         if (socket && socket->state() == QAbstractSocket::ConnectedState) {
-            sendCommand(reg, value);
+            sendCommand(command.reg, UpsCommands::valueFor(command, cmd.value));
             // At most 200 results a tick; the next command was sent but gets
             // no result and the rest wait for the next tick.
             if (++sent > kMaxCommandsPerTick)
                 return 1;
             result = 1;
         }
-        map.insert(QStringLiteral("result"), result);
-        map.insert(QStringLiteral("cmdId"), cmd.id);
-        map.insert(QStringLiteral("desc"),
-                   tr("%1 excute %2 %3").arg(name, commandText, resultTexts[result]));
-        emit postDEvent(kEvCommandResult, map);
+        map.insert(UpsKey::Result, result);
+        map.insert(UpsKey::CmdId, cmd.id);
+        map.insert(UpsKey::Desc, tr("%1 excute %2 %3").arg(name, commandText, resultTexts[result]));
+        emit postDEvent(UpsEvent::CommandResult, map);
     }
     return 1;
 }
@@ -570,7 +408,7 @@ void OrvekClient::sendCommand(quint8 reg, quint16 value)
 {
     socket->waitForBytesWritten(-1);
     socket->write(writeRequest(reg, value));
-    socket->waitForReadyRead(intervalMs());
+    waitForAnswer();
     // The answer only means the device saw the request; it is not checked.
     if (socket->bytesAvailable() > 0)
         socket->readAll();

@@ -12,7 +12,7 @@
 #include "controlcmd.h"
 
 class QTcpSocket;
-struct IdentitySlice;
+struct UpsAnswer;
 
 #define OrvekClient_iid "com.wenk.Qt.ProInterface"
 
@@ -43,13 +43,14 @@ public:
     int check_set_command();
     QString utfToChina(QString s);
 
-    // Decodes one received buffer exactly as readMessage does with the bytes
-    // read from the socket; usable without a socket (tests, fuzzing).
+    // Takes one received buffer exactly as readMessage does with the bytes
+    // read from the socket: decoded by UpsAnswer, stored and reported here.
+    // Usable without a socket (tests, fuzzing).
     void decodeAnswer(const QByteArray &buffer);
 
-    // The fixed read request sent at rotation position index (0..3).
+    // The fixed read request sent at rotation position index (0..3) and the
+    // write-single-register request (see UpsFrames).
     static QByteArray readRequest(int index);
-    // The write-single-register request for a register and value.
     static QByteArray writeRequest(quint8 reg, quint16 value);
 
     // Test seam: the pause before and the wait for a connection attempt
@@ -88,11 +89,13 @@ private slots:
 private:
     EventMap baseEventMap() const;
     void connectOrCountFailure(EventMap &map);
-    void decodeMeasurements(const QByteArray &buffer, EventMap &ev);
-    void decodeIdentity(const QByteArray &buffer, const IdentitySlice *slices, int count);
-    bool decodeAlarms(const QByteArray &buffer, EventMap &ev);
+    void storeMeasurements(const UpsAnswer &answer, EventMap &ev);
+    // Alarm states of the evaluated numbers, with an event for each change;
+    // true when one was raised.
+    bool storeAlarms(const UpsAnswer &answer, EventMap &ev);
     bool takeNextCommand(ControlCmd &cmd);
     void sendCommand(quint8 reg, quint16 value);
+    void waitForAnswer();
     // The scaled interval in milliseconds, saturated for absurd settings.
     int intervalMs() const;
 

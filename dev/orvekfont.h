@@ -10,10 +10,14 @@
 #include <QVariant>
 #include <QVector>
 
+#include "upspoints.h"
+
 // The plug-in's dictionary of display texts: data-log column titles, event
 // texts by event id, battery status and output source names, rated-value
-// titles. It also formats one data point map as a data-log row. Built once,
-// in the language installed at that moment, and never changed afterwards.
+// titles. It also formats one data point map as a data-log row. The texts
+// and formats come from the UPS tables (dev/ups), translated in this class's
+// context. Built once, in the language installed at that moment, and never
+// changed afterwards.
 class OrvekFont : public QObject
 {
     Q_OBJECT
@@ -32,10 +36,7 @@ public:
 
 private:
     explicit OrvekFont(QObject *parent = nullptr);
-    void fillDataLogTexts();
-    void fillRatedTexts();
-    void fillCodeTexts();
-    void fillEventLogTexts();
+    static QVector<QString> codeTexts(UpsPoints::CodeList list);
 
     // Published with release order once built, so the unlocked first test in
     // instance() never sees a half-made dictionary.

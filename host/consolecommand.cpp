@@ -2,11 +2,9 @@
 
 #include <QRegularExpression>
 
-#include "eventtypes.h"
+#include "upscontract.h"
 
 namespace {
-
-const char kTimeFormat[] = "yyyy-MM-dd hh:mm:ss";
 
 enum class Argument { None, Number, OptionalNumber, OnOff };
 
@@ -20,14 +18,14 @@ struct CommandWord
     const char *fixedValue;
 };
 constexpr CommandWord kCommands[] = {
-    {"selftest", EventType::SelfTest, Argument::None, ""},
-    {"discharge", EventType::DischargeToLow, Argument::OptionalNumber, ""},
-    {"cancel", EventType::CancelTest, Argument::None, ""},
-    {"shutdown", EventType::Shutdown, Argument::Number, ""},
-    {"standby", EventType::Standby, Argument::Number, ""},
-    {"cancelshutdown", EventType::CancelShutdown, Argument::None, ""},
-    {"buzzer", EventType::Buzzer, Argument::OnOff, "1"},
-    {"time", EventType::TimeSet, Argument::None, ""},
+    {"selftest", UpsControl::SelfTest, Argument::None, ""},
+    {"discharge", UpsControl::DischargeToLow, Argument::OptionalNumber, ""},
+    {"cancel", UpsControl::CancelTest, Argument::None, ""},
+    {"shutdown", UpsControl::Shutdown, Argument::Number, ""},
+    {"standby", UpsControl::Standby, Argument::Number, ""},
+    {"cancelshutdown", UpsControl::CancelShutdown, Argument::None, ""},
+    {"buzzer", UpsControl::Buzzer, Argument::OnOff, "1"},
+    {"time", UpsControl::TimeSet, Argument::None, ""},
 };
 
 const CommandWord *findCommand(const QString &word)
@@ -107,7 +105,7 @@ ConsoleCommand ConsoleCommand::parse(const QString &line, const QStringList &dev
         if (!arg.isEmpty()) {
             if (!isNumber(arg))
                 return invalid(tr("%1 takes a number or nothing").arg(word));
-            result.controlId = EventType::Discharge;
+            result.controlId = UpsControl::Discharge;
             result.value = arg;
         }
         break;
@@ -118,8 +116,8 @@ ConsoleCommand ConsoleCommand::parse(const QString &line, const QStringList &dev
             return invalid(tr("%1 takes on, off or nothing").arg(word));
         break;
     }
-    if (result.controlId == EventType::TimeSet)
-        result.value = now.toString(QLatin1String(kTimeFormat));
+    if (result.controlId == UpsControl::TimeSet)
+        result.value = now.toString(QLatin1String(UpsKey::TimeFormat));
 
     if (device.isEmpty()) {
         if (devices.isEmpty())

@@ -10,32 +10,23 @@
 #include "consolecommand.h"
 #include "devicehost.h"
 #include "devicesession.h"
-#include "eventtypes.h"
 #include "logwriter.h"
+#include "upsformat.h"
 
 namespace {
 
 constexpr int kReadChunk = 4096;
 constexpr int kMaxLineBytes = 4096;
-// Column of the data-log row that names the output source.
-constexpr int kOutputModeColumn = 9;
 const char kNoValue[] = "-";
 
-QString number(const QMap<int, QVariant> &data, int id)
+// A measurement as the status line shows it: with its unit, R/S/T when its
+// phase count says three phases, "-" for what the device did not report.
+QString measurement(const QMap<int, QVariant> &data, int id)
 {
-    bool ok = false;
-    const int value = data.value(id).toInt(&ok);
-    return ok ? QString::number(value) : QString::fromLatin1(kNoValue);
-}
-
-// One value, or R/S/T when the phase count says three phases.
-QString phases(const QMap<int, QVariant> &data, int phaseCountId, int firstId)
-{
-    bool ok = false;
-    const bool three = data.value(phaseCountId).toInt(&ok) == DataPoint::ThreePhases && ok;
-    if (!three)
-        return number(data, firstId);
-    return QStringLiteral("%1/%2/%3").arg(number(data, firstId), number(data, firstId + 1), number(data, firstId + 2));
+    UpsFormat::Options options;
+    options.withUnit = true;
+    options.missing = QString::fromLatin1(kNoValue);
+    return UpsFormat::text(data, id, options);
 }
 
 QString stateText(const DeviceStatus &status)
@@ -158,15 +149,19 @@ QString ConsoleMonitor::deviceLine(const DeviceSession *session, const QDateTime
         return fields.join(QStringLiteral("  "));
     }
     fields << tr("data %1").arg(DeviceSession::dataAgeText(session->lastDataTime(), now));
-    const QString source = session->dataLogRow(data).value(kOutputModeColumn);
     const QStringList alarms = session->activeAlarms();
-    fields << (source.isEmpty() ? QString::fromLatin1(kNoValue) : source)
-           << tr("in %1 V").arg(phases(data, DataPoint::InputPhases, DataPoint::InputVoltage))
-           << tr("out %1 V").arg(phases(data, DataPoint::OutputPhases, DataPoint::OutputVoltage))
-           << tr("load %1 %").arg(phases(data, DataPoint::OutputPhases, DataPoint::OutputLoad))
-           << tr("battery %1 %").arg(number(data, DataPoint::BatteryCapacity))
+    fields << measurementFields(data)
            << tr("alarms: %1").arg(alarms.isEmpty() ? tr("none") : alarms.join(QStringLiteral("; ")));
     return fields.join(QStringLiteral("  "));
+}
+
+QStringList ConsoleMonitor::measurementFields(const QMap<int, QVariant> &data)
+{
+    return {UpsFormat::text(data, UpsPoint::OutputSource),
+            tr("in %1").arg(measurement(data, UpsPoint::InputVoltage)),
+            tr("out %1").arg(measurement(data, UpsPoint::OutputVoltage)),
+            tr("load %1").arg(measurement(data, UpsPoint::OutputLoad)),
+            tr("battery %1").arg(measurement(data, UpsPoint::BatteryCapacity))};
 }
 
 void ConsoleMonitor::printStatus()

@@ -3,9 +3,12 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QMap>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
+#include <QVariant>
 
 class DeviceHost;
 class DeviceSession;
@@ -32,6 +35,9 @@ public:
     QString statusBlock() const;
     // now: the time the age of the last data is counted to.
     static QString deviceLine(const DeviceSession *session, const QDateTime &now = QDateTime::currentDateTime());
+    // Output source, input and output voltage, load and battery capacity of
+    // the latest data, as the device line shows them.
+    static QStringList measurementFields(const QMap<int, QVariant> &data);
     // Runs one command line; its answer goes to the output.
     void executeLine(const QString &line);
 

@@ -6,14 +6,14 @@
 #include <QMap>
 #include <QSettings>
 
+#include "inifilecheck.h"
+#include "upscontract.h"
+
 namespace {
 
-const char kKeyAddress[] = "ipAddr";
-const char kKeyPort[] = "port";
-const char kKeyRetries[] = "retries";
-const char kKeyProtocol[] = "protocol";
-const char kKeyInterval[] = "interval";
-const char kKeyPlugin[] = "plugin";
+using UpsConfig::key;
+// The host's own key: which plug-in serves the device.
+const QLatin1String kKeyPlugin("plugin");
 const char kLogFolderName[] = "logs";
 constexpr int kMaxPort = 65535;
 // A device file is a few lines per device: more is not read for the checks.
@@ -21,12 +21,7 @@ constexpr qint64 kMaxCheckedBytes = 1 << 20;
 constexpr int kMaxLinesNamed = 5;
 constexpr int kMaxQuotedChars = 40;
 
-QString key(const QString &group, const char *name)
-{
-    return group + QLatin1Char('/') + QLatin1String(name);
-}
-
-int optionalInt(const QSettings &settings, const QString &group, const char *name)
+int optionalInt(const QSettings &settings, const QString &group, QLatin1String name)
 {
     bool ok = false;
     const int value = settings.value(key(group, name)).toInt(&ok);
@@ -91,9 +86,7 @@ DeviceConfig::DeviceConfig(const QString &path)
 
 QString DeviceConfig::defaultPath()
 {
-    QString dir = QCoreApplication::applicationDirPath();
-    dir.replace(QLatin1Char('\\'), QLatin1Char('/'));
-    return dir + QStringLiteral("/KSVO/Quoranet/db/dev.ini");
+    return UpsConfig::filePath();
 }
 
 QString DeviceConfig::logFolder() const
@@ -104,17 +97,19 @@ QString DeviceConfig::logFolder() const
 QList<DeviceEntry> DeviceConfig::devices() const
 {
     QList<DeviceEntry> list;
+    if (IniFileCheck::unsafeLine(m_path))
+        return list; // told by problems()
     QSettings settings(m_path, QSettings::IniFormat);
     for (const QString &group : settings.childGroups()) {
-        if (!settings.contains(key(group, kKeyAddress)) || !settings.contains(key(group, kKeyPort)))
+        if (!settings.contains(key(group, UpsConfig::IpAddr)) || !settings.contains(key(group, UpsConfig::Port)))
             continue;
         DeviceEntry entry;
         entry.name = group;
-        entry.ipAddr = settings.value(key(group, kKeyAddress)).toString();
-        entry.port = settings.value(key(group, kKeyPort)).toInt();
-        entry.retries = optionalInt(settings, group, kKeyRetries);
-        entry.protocol = optionalInt(settings, group, kKeyProtocol);
-        entry.interval = optionalInt(settings, group, kKeyInterval);
+        entry.ipAddr = settings.value(key(group, UpsConfig::IpAddr)).toString();
+        entry.port = settings.value(key(group, UpsConfig::Port)).toInt();
+        entry.retries = optionalInt(settings, group, UpsConfig::Retries);
+        entry.protocol = optionalInt(settings, group, UpsConfig::Protocol);
+        entry.interval = optionalInt(settings, group, UpsConfig::Interval);
         entry.plugin = settings.value(key(group, kKeyPlugin)).toString();
         list << entry;
     }
@@ -133,6 +128,12 @@ QStringList DeviceConfig::problems() const
     QFile raw(m_path);
     if (!raw.open(QIODevice::ReadOnly))
         return {tr("%1 cannot be read (%2); no device is started").arg(file, raw.errorString())};
+    if (const int line = IniFileCheck::unsafeLine(m_path)) {
+        return {tr("%1: line %2 holds a value with '@' or '\\', which no device setting uses and which could "
+                   "crash the reader; the file is not read and no device is started")
+                    .arg(file)
+                    .arg(line)};
+    }
     QStringList found = textProblems(raw.read(kMaxCheckedBytes));
 
     QSettings settings(m_path, QSettings::IniFormat);
@@ -141,12 +142,12 @@ QStringList DeviceConfig::problems() const
     if (settings.status() == QSettings::FormatError && found.isEmpty())
         found << tr("%1 is not entirely in INI format; what could be read is used").arg(file);
     for (const QString &group : settings.childGroups()) {
-        if (!settings.contains(key(group, kKeyAddress)) || !settings.contains(key(group, kKeyPort))) {
+        if (!settings.contains(key(group, UpsConfig::IpAddr)) || !settings.contains(key(group, UpsConfig::Port))) {
             found << tr("%1: the group [%2] is no device and is skipped: a device needs ipAddr and port")
                          .arg(file, group);
             continue;
         }
-        const QString port = settings.value(key(group, kKeyPort)).toString();
+        const QString port = settings.value(key(group, UpsConfig::Port)).toString();
         bool ok = false;
         const int number = port.toInt(&ok);
         if (!ok || number < 1 || number > kMaxPort)
@@ -229,16 +230,18 @@ bool DeviceConfig::save(const DeviceEntry &entry, QString *error)
         return fail(tr("invalid address %1:%2").arg(entry.ipAddr).arg(entry.port));
     if (!QDir().mkpath(QFileInfo(m_path).absolutePath()))
         return fail(tr("cannot create the folder of %1").arg(m_path));
+    if (const int line = IniFileCheck::unsafeLine(m_path))
+        return fail(tr("%1 is not changed: line %2 holds a value with '@' or '\\'; correct it first").arg(m_path).arg(line));
 
     QSettings settings(m_path, QSettings::IniFormat);
-    settings.setValue(key(entry.name, kKeyAddress), entry.ipAddr.trimmed());
-    settings.setValue(key(entry.name, kKeyPort), entry.port);
+    settings.setValue(key(entry.name, UpsConfig::IpAddr), entry.ipAddr.trimmed());
+    settings.setValue(key(entry.name, UpsConfig::Port), entry.port);
     if (entry.retries >= 0)
-        settings.setValue(key(entry.name, kKeyRetries), entry.retries);
+        settings.setValue(key(entry.name, UpsConfig::Retries), entry.retries);
     if (entry.protocol >= 0)
-        settings.setValue(key(entry.name, kKeyProtocol), entry.protocol);
+        settings.setValue(key(entry.name, UpsConfig::Protocol), entry.protocol);
     if (entry.interval >= 0)
-        settings.setValue(key(entry.name, kKeyInterval), entry.interval);
+        settings.setValue(key(entry.name, UpsConfig::Interval), entry.interval);
     if (!entry.plugin.isEmpty())
         settings.setValue(key(entry.name, kKeyPlugin), entry.plugin);
     settings.sync();

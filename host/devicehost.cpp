@@ -8,13 +8,12 @@
 #include "collectthread.h"
 #include "devicesession.h"
 #include "eventformatter.h"
-#include "eventtypes.h"
 #include "hostlogging.h"
 #include "pluginhost.h"
+#include "upscontract.h"
 
 namespace {
 constexpr unsigned long kWaitSliceMs = 200;
-const char kKeyAlarmId[] = "alarmId";
 // Rights levels offered at log-in, by level.
 const char *const kRoleNames[] = {"viewer", "operator"};
 // The plug-in counts the connection attempt itself as one without an answer:
@@ -159,11 +158,11 @@ bool DeviceHost::repeatsAlarm(const QString &device, int type, const QMap<QStrin
     // Input fault (2009) and battery low (2010) follow the general alarm
     // event (2006) of the same change with the same alarm id: log it once.
     bool ok = false;
-    const int id = map.value(QLatin1String(kKeyAlarmId)).toInt(&ok);
-    const bool specific = type == EventType::InputFault || type == EventType::BatteryLow;
+    const int id = map.value(UpsKey::AlarmId).toInt(&ok);
+    const bool specific = type == UpsEvent::InputFault || type == UpsEvent::BatteryLow;
     if (specific && ok && id == m_lastAlarmId.value(device, -1))
         return true;
-    m_lastAlarmId.insert(device, type == EventType::Alarm && ok ? id : -1);
+    m_lastAlarmId.insert(device, type == UpsEvent::Alarm && ok ? id : -1);
     return false;
 }
 

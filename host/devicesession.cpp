@@ -4,23 +4,14 @@
 
 #include "collectthread.h"
 #include "collectview.h"
-#include "eventtypes.h"
 #include "hostlogging.h"
+#include "upsalarms.h"
+#include "upscontract.h"
+#include "upspoints.h"
 
 namespace {
 
-const char kKeyControlValue[] = "controlValue";
-const char kKeyControlId[] = "controlId";
-const char kKeyName[] = "name";
-const char kKeyData[] = "data";
-const char kInfoState[] = "state";
-const char kInfoModel[] = "upsIdentModel";
-const char kInfoLoad[] = "upsLoad";
-const char kInfoPort[] = "portInfo";
-const char kInfoName[] = "name";
-
-constexpr int kStateCommunicating = 0;
-constexpr int kStateLost = 1;
+constexpr int kAlarmLast = UpsPoint::AlarmFirst + UpsAlarms::EvaluatedCount - 1;
 constexpr int kMaxIdentityChars = 64;
 constexpr qint64 kSecondsPerMinute = 60;
 constexpr qint64 kSecondsPerHour = 3600;
@@ -94,11 +85,11 @@ bool DeviceSession::isRunning() const
 
 void DeviceSession::onPostDEvent(int type, QMap<QString, QVariant> map)
 {
-    if (EventType::isControlRequest(type)) {
+    if (UpsControl::isRequest(type)) {
         if (m_client)
-            m_client->control(type, map.value(QLatin1String(kKeyControlValue)).toString());
-    } else if (type == EventType::Decoded) {
-        const QVariant data = map.value(QLatin1String(kKeyData));
+            m_client->control(type, map.value(UpsKey::ControlValue).toString());
+    } else if (type == UpsEvent::Decoded) {
+        const QVariant data = map.value(UpsKey::Data);
         if (data.userType() == qMetaTypeId<QMap<int, QVariant>>()) {
             m_latestData = data.value<QMap<int, QVariant>>();
             m_lastDataTime = QDateTime::currentDateTime();
@@ -120,9 +111,9 @@ void DeviceSession::requestControl(int controlId, const QString &value)
     }
     // A plug-in without a view: the same request, straight into the routing.
     QMap<QString, QVariant> map;
-    map.insert(QLatin1String(kKeyName), m_name);
-    map.insert(QLatin1String(kKeyControlId), controlId);
-    map.insert(QLatin1String(kKeyControlValue), value);
+    map.insert(UpsKey::Name, m_name);
+    map.insert(UpsKey::ControlId, controlId);
+    map.insert(UpsKey::ControlValue, value);
     onPostDEvent(controlId, map);
 }
 
@@ -142,20 +133,20 @@ DeviceStatus DeviceSession::status() const
     {
         QMutexLocker locker(&m_client->mutex);
         const QMap<QString, QVariant> &info = m_client->upsInfo;
-        name = info.value(QLatin1String(kInfoName));
-        state = info.value(QLatin1String(kInfoState));
-        model = info.value(QLatin1String(kInfoModel));
-        load = info.value(QLatin1String(kInfoLoad));
-        port = info.value(QLatin1String(kInfoPort));
+        name = info.value(UpsInfo::Name);
+        state = info.value(UpsInfo::State);
+        model = info.value(UpsInfo::Model);
+        load = info.value(UpsInfo::Load);
+        port = info.value(UpsInfo::PortInfo);
     }
     const QString reportedName = name.toString();
     if (!reportedName.isEmpty())
         status.name = reportedName;
     bool ok = false;
     const int stateValue = state.toInt(&ok);
-    if (ok && stateValue == kStateCommunicating)
+    if (ok && stateValue == UpsInfo::Communicating)
         status.state = DeviceStatus::State::Communicating;
-    else if (ok && stateValue == kStateLost)
+    else if (ok && stateValue == UpsInfo::CommunicationLost)
         status.state = DeviceStatus::State::Lost;
     status.model = identityText(model);
     const int loadValue = load.toInt(&ok);
@@ -180,13 +171,13 @@ QString DeviceSession::dataAgeText(const QDateTime &last, const QDateTime &now)
 
 bool DeviceSession::hasFullPicture() const
 {
-    return m_latestData.contains(DataPoint::BatteryCapacity) && m_latestData.contains(DataPoint::AlarmFirst)
-           && m_latestData.contains(DataPoint::Model);
+    return m_latestData.contains(UpsPoint::BatteryCapacity) && m_latestData.contains(UpsPoint::AlarmFirst)
+           && m_latestData.contains(UpsPoint::Model);
 }
 
 bool DeviceSession::alarmsActive(const QMap<int, QVariant> &data)
 {
-    for (int id = DataPoint::AlarmFirst; id <= DataPoint::AlarmLast; ++id) {
+    for (int id = UpsPoint::AlarmFirst; id <= kAlarmLast; ++id) {
         bool ok = false;
         if (data.value(id).toInt(&ok) == 1 && ok)
             return true;
@@ -197,12 +188,12 @@ bool DeviceSession::alarmsActive(const QMap<int, QVariant> &data)
 QStringList DeviceSession::activeAlarms() const
 {
     QStringList texts;
-    for (int id = DataPoint::AlarmFirst; id <= DataPoint::AlarmLast; ++id) {
+    for (int id = UpsPoint::AlarmFirst; id <= kAlarmLast; ++id) {
         bool ok = false;
         if (m_latestData.value(id).toInt(&ok) != 1 || !ok)
             continue;
-        const int number = id - DataPoint::AlarmFirst;
-        const QString text = m_eventTexts.value(number).trimmed();
+        const int number = id - UpsPoint::AlarmFirst;
+        const QString text = m_eventTexts.value(UpsAlarms::raisedTextIndex(number)).trimmed();
         texts << (text.isEmpty() ? tr("Alarm %1").arg(number) : text);
     }
     return texts;

@@ -8,9 +8,9 @@
 
 #include "collectview.h"
 #include "devicehost.h"
-#include "eventtypes.h"
 #include "hostlogging.h"
 #include "logwriter.h"
+#include "upscontract.h"
 
 namespace {
 
@@ -85,7 +85,7 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     connect(m_host, &DeviceHost::noticeRaised, this, &MainWindow::addNotice);
     connect(m_host, &DeviceHost::dataLogged, this, &MainWindow::refreshDevices);
     connect(m_host, &DeviceHost::deviceEvent, this, [this](const QString &, int type) {
-        if (type == EventType::Restored || type == EventType::Lost || type == EventType::State)
+        if (type == UpsEvent::Restored || type == UpsEvent::Lost || type == UpsEvent::State)
             refreshDevices();
     });
     connect(&m_refreshTimer, &QTimer::timeout, this, &MainWindow::refreshDevices);
@@ -235,7 +235,7 @@ void MainWindow::onCurrentDeviceChanged(QTreeWidgetItem *current)
 
 void MainWindow::addEvent(QDateTime time, QString device, int type, QString text)
 {
-    addEventRow(time, device, text, type == EventType::Lost ? kLost : QColor());
+    addEventRow(time, device, text, type == UpsEvent::Lost ? kLost : QColor());
     m_lastEventLabel->setText(tr("Last event: %1 %2 - %3").arg(time.toString(QStringLiteral("hh:mm:ss")), device, text));
 }
 

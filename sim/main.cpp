@@ -9,6 +9,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "upspoints.h"
 #include "upssimulator.h"
 
 namespace {
@@ -120,7 +121,7 @@ int main(int argc, char *argv[])
     simulator.setJitterEnabled(true);
     simulator.setTimeScale(speed);
     if (parser.isSet(nameOption))
-        simulator.setIdentityText(4002, parser.value(nameOption).toUtf8());
+        simulator.setIdentityText(UpsPoint::SystemName, parser.value(nameOption).toUtf8());
 
     QObject::connect(&simulator, &UpsSimulator::registerWritten, &app, [&out](int reg, quint16 value) {
         out << now() << " write register " << reg << " value " << value << Qt::endl;

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "simlogging.h"
+#include "upsalarms.h"
 
 using namespace UpsRegisters;
 
@@ -40,9 +41,9 @@ constexpr double RestBlockVoltageSpan = 1.2;
 
 // Alarms derived from the state; they follow its changes (see syncConditionAlarms).
 const int ConditionAlarms[] = {
-    AlarmOnBattery, AlarmBatteryLow, AlarmBatteryEod, AlarmInputBad, AlarmOnBypass,
-    AlarmOutputOffAsRequested, AlarmSystemOffAsRequested, AlarmOutputOff, AlarmSystemOff,
-    AlarmShutdownPending, AlarmShutdownImminent, AlarmTestInProgress, AlarmBatteryDischarge,
+    UpsAlarm::OnBattery, UpsAlarm::BatteryLow, UpsAlarm::BatteryEod, UpsAlarm::InputBad, UpsAlarm::OnBypass,
+    UpsAlarm::OutputOffAsRequested, UpsAlarm::SystemOffAsRequested, UpsAlarm::OutputOff, UpsAlarm::SystemOff,
+    UpsAlarm::ShutdownPending, UpsAlarm::ShutdownImminent, UpsAlarm::TestInProgress, UpsAlarm::BatteryDischarge,
 };
 
 quint16 toRegister(double value)
@@ -54,6 +55,12 @@ quint16 toSignedRegister(double value)
 {
     const double clamped = qBound(-32768.0, std::round(value), 32767.0);
     return quint16(qint16(clamped));
+}
+
+// A value in the units the client shows, in the register's stored units.
+quint16 storedRegister(int id, double value)
+{
+    return toRegister(value * UpsPoints::info(id).divisor);
 }
 
 // Doubled registers carry the low 16 bits first, then the high 16 bits, so
@@ -234,8 +241,8 @@ UpsModel::Measurements UpsModel::measurements() const
     m[SecondsOnBattery] = source == SourceBattery ? toRegister(m_secondsOnBattery) : 0;
     m[RemainingMinutes] = toRegister(std::floor(runtimeFullMinutes() * m_capacity / 100.0));
     m[BatteryCapacity] = toRegister(std::floor(m_capacity));
-    m[BatteryVoltage] = toRegister(vBattery * 10.0);
-    m[BatteryCurrent] = toSignedRegister(batteryCurrent() * 10.0);
+    m[BatteryVoltage] = storedRegister(BatteryVoltage, vBattery);
+    m[BatteryCurrent] = toSignedRegister(batteryCurrent() * UpsPoints::info(BatteryCurrent).divisor);
     m[BatteryTemperature] = BatteryTemperatureC;
     m[MainsFailures] = toRegister(m_mainsFailures);
     m[InputPhases] = quint16(phases);
@@ -269,17 +276,18 @@ UpsModel::Measurements UpsModel::measurements() const
         const double inAmps = lineVolts > 0.0 ? inW / lineVolts : 0.0;
         const bool bypassCarries = source == SourceBypass;
 
-        m[size_t(InputVoltage + p)] = toRegister(lineVolts);
-        m[size_t(InputCurrent + p)] = toRegister(inAmps * 10.0);
-        m[size_t(InputFrequency + p)] = m_mainsPresent ? quint16(m_rating.nominalFrequency) : 0;
-        putDouble(m, InputPower + 2 * p, inW);
-        m[size_t(OutputVoltage + p)] = toRegister(outVolts);
-        m[size_t(OutputCurrent + p)] = toRegister(outAmps * 10.0);
-        putDouble(m, OutputPower + 2 * p, outputLive ? outW : 0.0);
-        m[size_t(OutputLoad + p)] = toRegister(load);
-        m[size_t(BypassVoltage + p)] = toRegister(lineVolts);
-        m[size_t(BypassCurrent + p)] = bypassCarries ? toRegister(outAmps * 10.0) : 0;
-        putDouble(m, BypassPower + 2 * p, bypassCarries ? outW : 0.0);
+        const auto at = [p](int firstId) { return UpsPoints::phaseId(firstId, p); };
+        m[size_t(at(InputVoltage))] = toRegister(lineVolts);
+        m[size_t(at(InputCurrent))] = storedRegister(InputCurrent, inAmps);
+        m[size_t(at(InputFrequency))] = m_mainsPresent ? quint16(m_rating.nominalFrequency) : 0;
+        putDouble(m, at(InputPower), inW);
+        m[size_t(at(OutputVoltage))] = toRegister(outVolts);
+        m[size_t(at(OutputCurrent))] = storedRegister(OutputCurrent, outAmps);
+        putDouble(m, at(OutputPower), outputLive ? outW : 0.0);
+        m[size_t(at(OutputLoad))] = toRegister(load);
+        m[size_t(at(BypassVoltage))] = toRegister(lineVolts);
+        m[size_t(at(BypassCurrent))] = bypassCarries ? storedRegister(BypassCurrent, outAmps) : 0;
+        putDouble(m, at(BypassPower), bypassCarries ? outW : 0.0);
     }
 
     m[RatedInputVoltage] = quint16(m_rating.nominalVoltage);
@@ -321,37 +329,37 @@ void UpsModel::setBypassRequested(bool on)
 void UpsModel::applyCommand(int reg, quint16 value)
 {
     switch (reg) {
-    case CommandSelfTest:
+    case UpsCommandRegister::SelfTest:
         if (value != 0)
             startTest(Test::SelfTest, SelfTestSeconds);
         break;
-    case CommandDischargeToLow:
+    case UpsCommandRegister::DischargeToLow:
         if (value != 0)
             startTest(Test::DischargeToLow, std::numeric_limits<double>::infinity());
         break;
-    case CommandDischargeMinutes:
+    case UpsCommandRegister::DischargeMinutes:
         if (value != 0)
             startTest(Test::DischargeTimed, value * 60.0);
         break;
-    case CommandBuzzer:
+    case UpsCommandRegister::Buzzer:
         if (value != 0)
             m_buzzer = !m_buzzer;
         break;
-    case CommandCancelTest:
+    case UpsCommandRegister::CancelTest:
         if (value != 0)
             stopTest();
         break;
-    case CommandCancelShutdown:
+    case UpsCommandRegister::CancelShutdown:
         if (value != 0)
             cancelShutdown();
         break;
-    case CommandShutdown:
+    case UpsCommandRegister::Shutdown:
         requestShutdown(Shutdown::Output, value);
         break;
-    case CommandStandby:
+    case UpsCommandRegister::Standby:
         requestShutdown(Shutdown::System, value);
         break;
-    case CommandTimeSet:
+    case UpsCommandRegister::TimeSet:
     default:
         break;
     }
@@ -382,7 +390,7 @@ void UpsModel::stopTest()
 void UpsModel::finishSelfTest()
 {
     stopTest();
-    m_alarms[AlarmDiagnosticFailed] = m_capacity < LowCapacity;
+    m_alarms[UpsAlarm::DiagnosticFailed] = m_capacity < LowCapacity;
 }
 
 void UpsModel::requestShutdown(Shutdown kind, quint16 delaySeconds)
@@ -424,19 +432,19 @@ UpsModel::Alarms UpsModel::conditions() const
 {
     const int source = outputSource();
     Alarms c;
-    c[AlarmOnBattery] = source == SourceBattery && !m_mainsPresent;
-    c[AlarmBatteryLow] = source == SourceBattery && m_capacity < LowCapacity;
-    c[AlarmBatteryEod] = m_offReason == OffReason::BatteryExhausted;
-    c[AlarmInputBad] = !m_mainsPresent;
-    c[AlarmOnBypass] = source == SourceBypass;
-    c[AlarmOutputOffAsRequested] = m_offReason == OffReason::Commanded;
-    c[AlarmSystemOffAsRequested] = m_offReason == OffReason::Commanded && !m_systemOn;
-    c[AlarmOutputOff] = !m_outputOn;
-    c[AlarmSystemOff] = !m_systemOn;
-    c[AlarmShutdownPending] = m_shutdown != Shutdown::None;
-    c[AlarmShutdownImminent] = m_shutdown != Shutdown::None && m_shutdownLeft <= ImminentSeconds + Epsilon;
-    c[AlarmTestInProgress] = m_test != Test::None;
-    c[AlarmBatteryDischarge] = m_test == Test::DischargeToLow || m_test == Test::DischargeTimed;
+    c[UpsAlarm::OnBattery] = source == SourceBattery && !m_mainsPresent;
+    c[UpsAlarm::BatteryLow] = source == SourceBattery && m_capacity < LowCapacity;
+    c[UpsAlarm::BatteryEod] = m_offReason == OffReason::BatteryExhausted;
+    c[UpsAlarm::InputBad] = !m_mainsPresent;
+    c[UpsAlarm::OnBypass] = source == SourceBypass;
+    c[UpsAlarm::OutputOffAsRequested] = m_offReason == OffReason::Commanded;
+    c[UpsAlarm::SystemOffAsRequested] = m_offReason == OffReason::Commanded && !m_systemOn;
+    c[UpsAlarm::OutputOff] = !m_outputOn;
+    c[UpsAlarm::SystemOff] = !m_systemOn;
+    c[UpsAlarm::ShutdownPending] = m_shutdown != Shutdown::None;
+    c[UpsAlarm::ShutdownImminent] = m_shutdown != Shutdown::None && m_shutdownLeft <= ImminentSeconds + Epsilon;
+    c[UpsAlarm::TestInProgress] = m_test != Test::None;
+    c[UpsAlarm::BatteryDischarge] = m_test == Test::DischargeToLow || m_test == Test::DischargeTimed;
     return c;
 }
 

@@ -7,6 +7,7 @@
 
 #include "agentmodbusserver.h"
 #include "simlogging.h"
+#include "upsalarms.h"
 #include "upsscenario.h"
 
 using namespace UpsRegisters;
@@ -14,31 +15,12 @@ using namespace UpsRegisters;
 namespace {
 
 constexpr int TickMilliseconds = 50;
-// Ids of the alarm states a client evaluates (2000 + alarm number).
-constexpr int AlarmDataPointBase = 2000;
-constexpr int ClientAlarmCount = 27;
+// The client evaluates alarm numbers 0..26 only (data points 2000..2026).
+constexpr int ClientAlarmCount = UpsAlarms::EvaluatedCount;
 
-struct IdentityBlock
+const UpsFrames::IdentityBlock *identityBlock(int id)
 {
-    int id;
-    quint16 firstRegister;
-    int bytes;
-};
-
-// Identity texts in register order.
-const IdentityBlock IdentityBlocks[] = {
-    {4001, 0x0201, 32},  // manufacturer
-    {4000, 0x0211, 64},  // model
-    {4004, 0x0231, 64},  // UPS software version
-    {4003, 0x0251, 64},  // attached devices
-    {4005, 0x0271, 64},  // agent software version
-    {4002, 0x0291, 64},  // system name
-    {4006, 0x02B1, 32},  // agent location
-};
-
-const IdentityBlock *identityBlock(int id)
-{
-    for (const IdentityBlock &block : IdentityBlocks) {
+    for (const UpsFrames::IdentityBlock &block : UpsFrames::IdentityBlocks) {
         if (block.id == id)
             return &block;
     }
@@ -56,13 +38,13 @@ QMap<int, QByteArray> defaultIdentity(UpsSimulator::Profile profile)
 {
     const bool three = profile == UpsSimulator::Profile::Three;
     return {
-        {4000, three ? QByteArrayLiteral("Orvek OR-20K3 Online 20 kVA") : QByteArrayLiteral("Orvek OR-3000 Online 3 kVA")},
-        {4001, QByteArrayLiteral("Orvek Power")},
-        {4002, QByteArrayLiteral("UPS-SIM")},
-        {4003, QByteArrayLiteral("Rack A1 servers")},
-        {4004, three ? QByteArrayLiteral("UPS 03.21") : QByteArrayLiteral("UPS 02.14")},
-        {4005, QByteArrayLiteral("Agent 1.3.0 (simulated)")},
-        {4006, QByteArrayLiteral("Server room")},
+        {Model, three ? QByteArrayLiteral("Orvek OR-20K3 Online 20 kVA") : QByteArrayLiteral("Orvek OR-3000 Online 3 kVA")},
+        {Manufacturer, QByteArrayLiteral("Orvek Power")},
+        {SystemName, QByteArrayLiteral("UPS-SIM")},
+        {AttachedDevices, QByteArrayLiteral("Rack A1 servers")},
+        {UpsSoftware, three ? QByteArrayLiteral("UPS 03.21") : QByteArrayLiteral("UPS 02.14")},
+        {AgentSoftware, QByteArrayLiteral("Agent 1.3.0 (simulated)")},
+        {AgentLocation, QByteArrayLiteral("Server room")},
     };
 }
 
@@ -287,15 +269,15 @@ quint16 UpsSimulator::measurement(int id) const
 
 int UpsSimulator::identityBlockSize(int id)
 {
-    const IdentityBlock *block = identityBlock(id);
+    const UpsFrames::IdentityBlock *block = identityBlock(id);
     return block ? block->bytes : 0;
 }
 
 void UpsSimulator::setIdentityText(int id, const QByteArray &text)
 {
-    const IdentityBlock *block = identityBlock(id);
+    const UpsFrames::IdentityBlock *block = identityBlock(id);
     if (!block) {
-        qWarning("Ignoring identity block %d (valid: 4000..4006)", id);
+        qWarning("Ignoring identity block %d (valid: %d..%d)", id, int(Model), int(AgentLocation));
         return;
     }
     m_identity.insert(id, padded(text, block->bytes));
@@ -344,7 +326,7 @@ QVector<quint16> UpsSimulator::inputRegisterImage() const
     QVector<quint16> registers(InputRegisterCount, 0);
     for (int id = 0; id < MeasurementCount; ++id)
         registers[MeasurementBase - InputRegisterFirst + id] = m_measurements[size_t(id)];
-    for (const IdentityBlock &block : IdentityBlocks) {
+    for (const UpsFrames::IdentityBlock &block : UpsFrames::IdentityBlocks) {
         const QByteArray bytes = m_identity.value(block.id);
         const int first = block.firstRegister - InputRegisterFirst;
         for (int i = 0; i + 1 < bytes.size(); i += 2)
@@ -370,8 +352,8 @@ QMap<int, QVariant> UpsSimulator::dataPointImage() const
     for (int id = 0; id < MeasurementCount; ++id)
         image.insert(id, int(m_measurements[size_t(id)]));
     for (int number = 0; number < ClientAlarmCount; ++number)
-        image.insert(AlarmDataPointBase + number, m_publishedAlarms[size_t(number)] ? 1 : 0);
-    for (const IdentityBlock &block : IdentityBlocks)
+        image.insert(AlarmFirst + number, m_publishedAlarms[size_t(number)] ? 1 : 0);
+    for (const UpsFrames::IdentityBlock &block : UpsFrames::IdentityBlocks)
         image.insert(block.id, m_identity.value(block.id));
     return image;
 }

@@ -40,8 +40,6 @@ private slots:
     void identityBlocksKeptRaw();
     void alarmTransitions_data();
     void alarmTransitions();
-    void shortBufferWithBigPromise_data();
-    void shortBufferWithBigPromise();
     void twoAnswersInOneBuffer();
     void randomBuffersStayInBounds();
 };
@@ -185,36 +183,6 @@ void TestDecoder::alarmTransitions()
     QCOMPARE(rec.events().last().second.value("dis_alarm").toInt(), int(raised));
     if (raised)
         QCOMPARE(rec.ofType(2001).last().second.value("state").toInt(), 0);
-}
-
-void TestDecoder::shortBufferWithBigPromise_data()
-{
-    // The byte count promises a full answer; only dataBytes bytes of 0xFF follow.
-    QTest::addColumn<quint8>("count");
-    QTest::addColumn<int>("dataBytes");
-    QTest::addColumn<DataPointMap>("expected");
-    QTest::newRow("measurements") << quint8(0x92) << 5
-                                  << DataPointMap{{1, 0xFFFF}, {2, 0xFF00}, {72, 0}}; // half a register, zero-filled
-    QTest::newRow("identity A") << quint8(0xE0) << 40
-                                << DataPointMap{{4001, QByteArray(32, '\xFF')}, {4000, QByteArray(8, '\xFF')},
-                                                {4004, QByteArray()}};
-    QTest::newRow("alarms") << quint8(0x09) << 5 << DataPointMap{{2000, 1}, {2026, 1}};
-}
-
-void TestDecoder::shortBufferWithBigPromise()
-{
-    QFETCH(quint8, count);
-    QFETCH(int, dataBytes);
-    QFETCH(DataPointMap, expected);
-    QByteArray buffer = FakeAgent::answer(0x04, QByteArray(dataBytes, '\xFF'));
-    buffer[8] = char(count);
-    OrvekClient client;
-    client.lostState = 0;
-    EventRecorder rec(&client);
-    client.decodeAnswer(buffer);
-    QCOMPARE(rec.types().last(), 2007);
-    for (auto it = expected.constBegin(); it != expected.constEnd(); ++it)
-        QCOMPARE(client.dataPoints.value(it.key()), it.value());
 }
 
 void TestDecoder::twoAnswersInOneBuffer()

@@ -11,6 +11,8 @@
 #include <QRegularExpressionValidator>
 #include <QSettings>
 
+#include "inifilecheck.h"
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcSetInfo, "orvek.view.setinfo")
@@ -123,8 +125,12 @@ QString SetInfoForm::configFilePath()
 
 void SetInfoForm::InitSettingFormInfo()
 {
-    QSettings settings(configFilePath(), QSettings::IniFormat);
-    const int protocol = settings.value(currentName + QLatin1String("/protocol")).toInt();
+    // A file QSettings cannot read safely counts as missing (protocol 0).
+    int protocol = 0;
+    if (!IniFileCheck::unsafeLine(configFilePath())) {
+        QSettings settings(configFilePath(), QSettings::IniFormat);
+        protocol = settings.value(currentName + QLatin1String("/protocol")).toInt();
+    }
     if (protocol == kStandbyProtocol)
         return; // nothing to change; rows hidden earlier stay hidden
 

@@ -7,13 +7,13 @@
 #include <QString>
 #include <QVariantMap>
 
-#include "orvekclient.h"
+#include "upscontract.h"
 
 // Writes one device group into the dev.ini that the plug-in reads below the
 // test binary's directory. Each test uses its own group names.
 inline void writeDeviceConfig(const QString &device, const QVariantMap &values)
 {
-    const QString path = OrvekClient::configFilePath();
+    const QString path = UpsConfig::filePath();
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSettings settings(path, QSettings::IniFormat);
     settings.remove(device);
@@ -26,7 +26,7 @@ inline void writeDeviceConfig(const QString &device, const QVariantMap &values)
 // from the same folder later does not find it.
 inline void removeDeviceConfig(const QString &device)
 {
-    QSettings settings(OrvekClient::configFilePath(), QSettings::IniFormat);
+    QSettings settings(UpsConfig::filePath(), QSettings::IniFormat);
     settings.remove(device);
     settings.sync();
 }
