@@ -210,6 +210,11 @@ void TestHostFaults::configProblems_data()
     QTest::newRow("no device, no port") << QByteArray("[notes]\ntext=x\n[ups1]\nipAddr=127.0.0.1\nport=99999\n")
                                         << false << QStringList{"[notes] is no device", "\"99999\" of [ups1]"}
                                         << QStringList{"ups1"};
+    // QSettings would decode these with QDataStream and die on the sizes inside.
+    QTest::newRow("encoded value") << ups1 + "interval=@Variant(\\0\\0\\0\\=12=\\0)\n" << false
+                                   << QStringList{"line 4 holds a value with '@'", "not read"} << QStringList();
+    QTest::newRow("escaped encoded value") << ups1 + "retries=\"\\x40Variant(\\0\\0\\0\\=12=\\0)\"\n" << false
+                                           << QStringList{"line 4 holds a value"} << QStringList();
     QTest::newRow("sound") << ups1 + "; a comment\nretries=3\n" << false << QStringList() << QStringList{"ups1"};
 }
 
