@@ -24,6 +24,7 @@
 #include <functional>
 
 #include "orvekclient.h"
+#include "upscontract.h"
 
 namespace {
 
@@ -32,12 +33,12 @@ constexpr int kRequestsPerCycle = 1000;
 constexpr int kBurst = 190;
 constexpr int kBurstPauseMs = 20;
 constexpr int kStepTimeoutMs = 60000;
-constexpr int kEvRestored = 1040;
-constexpr int kEvLost = 1041;
-constexpr int kEvCommandResult = 1042;
-constexpr int kEvDecoded = 2007;
-// Harmless for the simulated UPS: cancel task, time set, cancel shutdown.
-constexpr int kControlIds[] = {1006, 1011, 1013};
+constexpr int kEvRestored = UpsEvent::Restored;
+constexpr int kEvLost = UpsEvent::Lost;
+constexpr int kEvCommandResult = UpsEvent::CommandResult;
+constexpr int kEvDecoded = UpsEvent::Decoded;
+// Harmless for the simulated UPS.
+constexpr int kControlIds[] = {UpsControl::CancelTest, UpsControl::TimeSet, UpsControl::CancelShutdown};
 
 QTextStream &out()
 {
@@ -241,7 +242,7 @@ int main(int argc, char *argv[])
         [&counts](int type, QMap<QString, QVariant> map) {
             ++counts.events[type];
             if (type == kEvCommandResult) {
-                ++counts.results[map.value(QStringLiteral("result")).toInt()];
+                ++counts.results[map.value(UpsKey::Result).toInt()];
                 ++counts.resultTotal;
             }
         },
