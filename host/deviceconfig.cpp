@@ -226,8 +226,10 @@ bool DeviceConfig::save(const DeviceEntry &entry, QString *error)
     };
     if (!isValidName(entry.name))
         return fail(tr("invalid device name \"%1\"").arg(entry.name));
-    if (entry.ipAddr.trimmed().isEmpty() || entry.port < 1 || entry.port > kMaxPort)
+    if (!isPlainWord(entry.ipAddr.trimmed()) || entry.port < 1 || entry.port > kMaxPort)
         return fail(tr("invalid address %1:%2").arg(entry.ipAddr).arg(entry.port));
+    if (!entry.plugin.isEmpty() && !isPlainWord(entry.plugin))
+        return fail(tr("invalid plug-in class name \"%1\"").arg(entry.plugin));
     if (!QDir().mkpath(QFileInfo(m_path).absolutePath()))
         return fail(tr("cannot create the folder of %1").arg(m_path));
     if (const int line = IniFileCheck::unsafeLine(m_path))
@@ -248,6 +250,19 @@ bool DeviceConfig::save(const DeviceEntry &entry, QString *error)
     if (settings.status() != QSettings::NoError)
         return fail(tr("cannot write %1").arg(m_path));
     return true;
+}
+
+bool DeviceConfig::isPlainWord(const QString &text)
+{
+    // Host names, IPv4 and IPv6 addresses (with a zone) and class names. Other
+    // characters would be written escaped, and an escaped value keeps the file
+    // from being read at all.
+    static const QString extra = QStringLiteral(".:-_%[]");
+    for (const QChar c : text) {
+        if (c.unicode() > 127 || !(c.isLetterOrNumber() || extra.contains(c)))
+            return false;
+    }
+    return !text.isEmpty();
 }
 
 bool DeviceConfig::isValidName(const QString &name)

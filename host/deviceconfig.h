@@ -51,6 +51,8 @@ public:
 
     // A usable group name: not empty, no path separators, no blanks around.
     static bool isValidName(const QString &name);
+    // An address or a plug-in class name that QSettings writes as it is.
+    static bool isPlainWord(const QString &text);
     // "host:port" or "[v6 address]:port" with a port of 1..65535.
     static bool parseEndpoint(const QString &text, QString *host, int *port);
 

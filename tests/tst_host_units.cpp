@@ -57,10 +57,14 @@ void TestHostUnits::configSaveAndReadBack()
     QSettings settings(path, QSettings::IniFormat);
     QCOMPARE(settings.value(QStringLiteral("ups 1/eventChooseList/3")).toInt(), 1);
 
-    // Names that are no group name, no address, ports out of range.
+    // Names that are no group name, no address, ports out of range, values
+    // that QSettings would write escaped (the file could then not be read).
     const QList<DeviceEntry> rejected = {{QStringLiteral("a/b"), QStringLiteral("127.0.2.1"), 502, -1, -1, -1, {}},
                                          {QStringLiteral("c"), QStringLiteral("  "), 502, -1, -1, -1, {}},
-                                         {QStringLiteral("d"), QStringLiteral("127.0.2.1"), 65536, -1, -1, -1, {}}};
+                                         {QStringLiteral("d"), QStringLiteral("127.0.2.1"), 65536, -1, -1, -1, {}},
+                                         {QStringLiteral("e"), QStringLiteral("127.0.\"2.1"), 502, -1, -1, -1, {}},
+                                         {QStringLiteral("f"), QStringLiteral("h\x01st"), 502, -1, -1, -1, {}},
+                                         {QStringLiteral("g"), QStringLiteral("::1"), 502, -1, -1, -1, "@Variant"}};
     for (const DeviceEntry &bad : rejected) {
         QString error;
         QVERIFY(!config.save(bad, &error));
