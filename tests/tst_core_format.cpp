@@ -8,7 +8,9 @@ using Points = QMap<int, QVariant>;
 
 namespace {
 
-enum class Style { Table, Console, LogThree, RepeatR, CommaBeforeT, Unscaled, AsStored, NotOne, OneDecimal, FallbackOne };
+enum class Style {
+    Table, Console, LogThree, RepeatR, CommaBeforeT, Unscaled, AsStored, NotOne, OneDecimal, FallbackOne, OtherUnit
+};
 
 UpsFormat::Options options(Style style)
 {
@@ -45,6 +47,11 @@ UpsFormat::Options options(Style style)
         break;
     case Style::FallbackOne:
         o.codeFallback = 1;
+        break;
+    case Style::OtherUnit:
+        o.phases = UpsFormat::Phases::ByCountNotOne;
+        o.withUnit = true;
+        o.unit = "kW";
         break;
     }
     return o;
@@ -103,6 +110,8 @@ void TestFormat::text_data()
                                            << "230/-/229 V";
     QTest::newRow("console, absent") << Points{} << 39 << Style::Console << "- %";
     QTest::newRow("console, unit") << Points{{6, 25}} << 6 << Style::Console << QString::fromUtf8("25 \u00B0C");
+    QTest::newRow("unit of the caller") << Points{{26, 3}, {33, 3}, {35, 4}, {37, 5}} << 33 << Style::OtherUnit
+                                        << "3/4/5 kW";
     QTest::newRow("no unit, no blank") << Points{{7, 4}} << 7 << Style::Console << "4";
 
     QTest::newRow("output source") << Points{{24, 3}} << 24 << Style::Table << "Utility supply";

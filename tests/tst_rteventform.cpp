@@ -90,7 +90,10 @@ void TestRTEventForm::startTimes()
     RTEventForm form;
     form.RefreshRTEventInfo(alarms({{3, 1}, {5, 1}, {24, 1}}));
     const QDateTime first = form.alarmStartTime(3);
-    QCOMPARE(form.alarmStartTime(24), first);
+    const QDateTime fifth = form.alarmStartTime(5);
+    // Each alarm takes its own clock reading in the same refresh: close, not equal.
+    QVERIFY(form.alarmStartTime(24).isValid());
+    QVERIFY(qAbs(first.msecsTo(form.alarmStartTime(24))) < 1000);
     QVERIFY(qAbs(first.secsTo(QDateTime::currentDateTime())) <= 1);
     // Each row shows the start time to the second and the text, centred.
     QCOMPARE(tableOf(form)->item(0, 0)->text(), first.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
@@ -104,13 +107,13 @@ void TestRTEventForm::startTimes()
     // An unknown state (2) freezes: kept but not listed, nor created.
     tick();
     form.RefreshRTEventInfo(alarms({{3, 1}, {5, 2}, {7, 2}}));
-    QCOMPARE(form.alarmStartTime(5), first);
+    QCOMPARE(form.alarmStartTime(5), fifth);
     QVERIFY(!form.alarmStartTime(7).isValid());
     QCOMPARE(listedTexts(form), QStringList{"Battery low"});
     // Cleared: forgotten, and renewed when raised again.
     form.RefreshRTEventInfo(alarms({{3, 0}, {5, 1}}));
     QVERIFY(!form.alarmStartTime(3).isValid());
-    QCOMPARE(form.alarmStartTime(5), first);
+    QCOMPARE(form.alarmStartTime(5), fifth);
     tick();
     form.RefreshRTEventInfo(alarms({{3, 1}}));
     QVERIFY(form.alarmStartTime(3) > first);

@@ -83,8 +83,9 @@ QString text(const QMap<int, QVariant> &data, int id, const Options &options)
     } else {
         text = numberText(data, id, point, options);
     }
-    if (options.withUnit && *point.unit)
-        text += QLatin1Char(' ') + QString::fromUtf8(point.unit);
+    const char *unit = options.unit ? options.unit : point.unit;
+    if (options.withUnit && *unit)
+        text += QLatin1Char(' ') + QString::fromUtf8(unit);
     return text;
 }
 

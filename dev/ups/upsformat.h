@@ -28,6 +28,7 @@ struct Options
     bool firstPhaseForAll = false; // phase R's value stands for S and T as well
     const char *separators = "//"; // between R and S, between S and T
     bool withUnit = false;         // a blank and the unit after the value
+    const char *unit = nullptr;    // with withUnit, UTF-8 shown instead of the table's unit
     QString missing;               // shown for a value that is absent or no number; null: read as 0
     const char *context = UpsPoints::CodeContext; // of code texts
     int codeFallback = 0;          // list index shown for a code outside its list

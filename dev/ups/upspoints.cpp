@@ -124,6 +124,20 @@ const char *const kOutputSourceTexts[] = {
     QT_TRANSLATE_NOOP("OrvekFont", "Reducer supply"),
 };
 
+// Source texts marked in the diagram's context; the detail page translates
+// the same texts in its own.
+const char *const kBatteryStateTexts[] = {
+    QT_TRANSLATE_NOOP("Energyline", "Unknown"),
+    QT_TRANSLATE_NOOP("Energyline", "Normal"),
+    QT_TRANSLATE_NOOP("Energyline", "Low"),
+    QT_TRANSLATE_NOOP("Energyline", "Depleted"),
+    QT_TRANSLATE_NOOP("Energyline", "Selftest"),
+    QT_TRANSLATE_NOOP("Energyline", "Boost"),
+    QT_TRANSLATE_NOOP("Energyline", "Floating"),
+    QT_TRANSLATE_NOOP("Energyline", "Discharge"),
+    QT_TRANSLATE_NOOP("Energyline", "Normal"),
+};
+
 const Info kPlainInteger = {-1, nullptr, nullptr, 1, "", 0, G::None, 0, false, C::None, false};
 
 const Info *find(int id)
@@ -177,6 +191,9 @@ const char *const *codeTexts(CodeList list, int *count)
     case CodeList::OutputSource:
         *count = int(std::size(kOutputSourceTexts));
         return kOutputSourceTexts;
+    case CodeList::BatteryState:
+        *count = int(std::size(kBatteryStateTexts));
+        return kBatteryStateTexts;
     case CodeList::None:
         break;
     }

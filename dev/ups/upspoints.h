@@ -75,6 +75,15 @@ namespace UpsCode {
 
 enum BatteryStatusCode : int { BatteryUnknown = 1, BatteryNormal = 2, BatteryLow = 3, BatteryDepleted = 4 };
 
+// Further battery codes some devices report, named by CodeList::BatteryState.
+enum BatteryStateCode : int {
+    BatterySelfTest = 5,
+    BatteryBoostCharging = 6,
+    BatteryFloatCharging = 7,
+    BatteryDischarging = 8,
+    BatteryNormalAgain = 9, // a second "Normal"
+};
+
 enum OutputSourceCode : int {
     SourceOther = 1,
     SourceNone = 2,
@@ -93,7 +102,9 @@ namespace UpsPoints {
 
 // Which phase-count point decides between one value and R/S/T.
 enum class PhaseGroup { None, Input, Output, Bypass };
-enum class CodeList { None, BatteryStatus, OutputSource };
+// BatteryState: the battery status as the diagram and the detail page name
+// it, codes 1..9 (UpsCode::BatteryStateCode beyond the four status codes).
+enum class CodeList { None, BatteryStatus, OutputSource, BatteryState };
 
 struct Info
 {

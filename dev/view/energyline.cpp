@@ -15,6 +15,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "upsformat.h"
+#include "upspoints.h"
+
 Q_LOGGING_CATEGORY(lcEnergyline, "orvek.view.energyline", QtInfoMsg)
 
 // The pictures live in this library's resources; registering them is cheap and
@@ -31,61 +34,16 @@ constexpr int kFlowIntervalMs = 100;
 constexpr double kFlowStep = 0.4;
 constexpr double kFlowWrapLimit = -1000.0;
 
-// Data point ids.
-constexpr int kRegisterCount = 73; // ids 0..72
-enum RegisterId {
-    BatteryStatusId = 0,
-    RemainTimeId = 2,
-    CapacityId = 3,
-    BatteryVoltageId = 4,
-    BatteryTemperatureId = 6,
-    InputPhasesId = 8,
-    InputVoltageId = 9,     // 9..11
-    InputCurrentId = 12,    // 12..14
-    InputFrequencyId = 15,
-    OutputSourceId = 24,
-    OutputFrequencyId = 25,
-    OutputPhasesId = 26,
-    OutputVoltageId = 27,   // 27..29
-    OutputCurrentId = 30,   // 30..32
-    OutputPowerId = 33,     // 33, 35, 37 (low halves of 32-bit pairs)
-    OutputLoadId = 39,      // 39..41
-    BypassFrequencyId = 42,
-    BypassPhasesId = 43,
-    BypassVoltageId = 44,   // 44..46
-};
-constexpr int kDeviceTypeId = 4000;
-constexpr int kManufacturerId = 4001;
-constexpr int kDeviceNameId = 4002;
-constexpr int kSinglePhase = 1;
 constexpr double kTenths = 10.0;
 constexpr float kMaxTemperature = 100.0f;
 constexpr float kMinTemperature = 0.0f;
 
-// Battery status codes 0..9; 6 and 7 mean the battery is being charged.
-const char *const kBatteryStatusTexts[] = {
-    QT_TRANSLATE_NOOP("Energyline", "Normal"),
-    QT_TRANSLATE_NOOP("Energyline", "Unknown"),
-    QT_TRANSLATE_NOOP("Energyline", "Normal"),
-    QT_TRANSLATE_NOOP("Energyline", "Low"),
-    QT_TRANSLATE_NOOP("Energyline", "Depleted"),
-    QT_TRANSLATE_NOOP("Energyline", "Selftest"),
-    QT_TRANSLATE_NOOP("Energyline", "Boost"),
-    QT_TRANSLATE_NOOP("Energyline", "Floating"),
-    QT_TRANSLATE_NOOP("Energyline", "Discharge"),
-    QT_TRANSLATE_NOOP("Energyline", "Normal"),
-};
-constexpr int kBatteryStatusCount = int(sizeof(kBatteryStatusTexts) / sizeof(kBatteryStatusTexts[0]));
-constexpr int kBatteryStatusFallback = 0; // "Normal"
-constexpr int kBoostCharging = 6;
-constexpr int kFloatCharging = 7;
+// Battery state codes 0 and those outside 1..9 read as "Normal".
+constexpr int kBatteryNormalIndex = 1;
 
-// Operating mode index m (output source code - 1).
-constexpr int kNoneSupplyMode = 1; // code 0 is read as "None supply"
-constexpr int kUtilityMode = 2;
-constexpr int kBypassMode = 3;
-constexpr int kBatteryMode = 4;
-constexpr int kOtherSupplyMode = 0; // shown for codes outside the list
+// Output source code 0 reads as "None supply"; codes outside the list show
+// entry 0, "Other supply".
+constexpr int kOtherSupplyIndex = 0;
 
 // Geometry, relative to the widget centre.
 constexpr double kBlockSize = 75.0;
@@ -188,11 +146,6 @@ int readInt(const QMap<int, QVariant> &map, int id)
     return map.value(id).toInt(); // missing ids and non-numbers read 0
 }
 
-QString tenths(int raw)
-{
-    return QString::asprintf("%.1f", raw / kTenths);
-}
-
 // Largest font (down to a readable floor) whose rendering of text fits width.
 QFont fittedFont(const QFont &font, const QString &text, double width)
 {
@@ -239,11 +192,6 @@ Energyline::Energyline(QWidget *parent)
     flowTimer = new QTimer(this);
     connect(flowTimer, &QTimer::timeout, this, &Energyline::advanceFlow);
     flowTimer->start(kFlowIntervalMs);
-
-    batteryStateTexts << tr("Unknown") << tr("Normal") << tr("Low") << tr("Depleted");
-    outputSourceTexts << tr("Other supply") << tr("None supply") << tr("Utility supply")
-                      << tr("Bypass supply") << tr("Battery supply") << tr("Booster supply")
-                      << tr("Reducer supply");
 
     loadPictures();
 
@@ -299,87 +247,98 @@ void Energyline::toggle_view_Flag(bool &flag)
 
 void Energyline::flushData(QMap<int, QVariant> map)
 {
-    int v[kRegisterCount];
-    for (int i = 0; i < kRegisterCount; ++i)
-        v[i] = readInt(map, i);
-
-    if (v[InputPhasesId] != kSinglePhase) {
-        inputVoltageText = QString::asprintf("%d/%d/%d V", v[InputVoltageId], v[InputVoltageId + 1],
-                                             v[InputVoltageId + 2]);
-        inputCurrentText = QString::asprintf("%.1f/%.1f/%.1f A", v[InputCurrentId] / kTenths,
-                                             v[InputCurrentId + 1] / kTenths,
-                                             v[InputCurrentId + 2] / kTenths);
-    } else {
-        inputVoltageText = QString::asprintf("%d V", v[InputVoltageId]);
-        inputCurrentText = QString::asprintf("%.1f A", v[InputCurrentId] / kTenths);
-    }
-    inputFrequencyText = tenths(v[InputFrequencyId]);
-
-    if (v[BypassPhasesId] != kSinglePhase) {
-        bypassVoltageText = QString::asprintf("%d/%d/%d V", v[BypassVoltageId], v[BypassVoltageId + 1],
-                                              v[BypassVoltageId + 2]);
-    } else {
-        bypassVoltageText = QString::asprintf("%d V", v[BypassVoltageId]);
-    }
-    bypassFrequencyText = tenths(v[BypassFrequencyId]);
-
+    showInputAndBypass(map);
     // The identity blocks arrive as fixed-size byte blocks padded with NULs;
     // the conversion to text stops at the first. Only the type is simplified.
-    deviceTypeText = map.value(kDeviceTypeId).toString().simplified();
-    manufacturerText = map.value(kManufacturerId).toString();
-    deviceNameText = map.value(kDeviceNameId).toString();
+    deviceTypeText = map.value(UpsPoint::Model).toString().simplified();
+    manufacturerText = map.value(UpsPoint::Manufacturer).toString();
+    deviceNameText = map.value(UpsPoint::SystemName).toString();
+    showOutput(map);
+    const bool charging = showBattery(map);
+    showOutputSource(readInt(map, UpsPoint::OutputSource), charging);
+    staticLayerValid = false;
+}
 
-    if (v[OutputPhasesId] != kSinglePhase) {
-        outputVoltageText = QString::asprintf("%d/%d/%d V", v[OutputVoltageId], v[OutputVoltageId + 1],
-                                              v[OutputVoltageId + 2]);
-        outputCurrentText = QString::asprintf("%.1f/%.1f/%.1f A", v[OutputCurrentId] / kTenths,
-                                              v[OutputCurrentId + 1] / kTenths,
-                                              v[OutputCurrentId + 2] / kTenths);
-        outputPowerText = QString::asprintf("%d/%d/%d kW", v[OutputPowerId], v[OutputPowerId + 2],
-                                            v[OutputPowerId + 4]);
-        outputLoadText = QString::asprintf("%d/%d/%d %%", v[OutputLoadId], v[OutputLoadId + 1],
-                                           v[OutputLoadId + 2]);
-    } else {
-        outputVoltageText = QString::asprintf("%d V", v[OutputVoltageId]);
-        outputCurrentText = QString::asprintf("%.1f A", v[OutputCurrentId] / kTenths);
-        outputPowerText = QString::asprintf("%d kW", v[OutputPowerId]);
-        outputLoadText = QString::asprintf("%d %%", v[OutputLoadId]);
-    }
-    outputFrequencyText = QString::asprintf("%.1f Hz", v[OutputFrequencyId] / kTenths);
+// Voltages and currents with their unit, R/S/T unless the phase count reads 1.
+static UpsFormat::Options phasedOptions(const char *unit = nullptr)
+{
+    UpsFormat::Options options;
+    options.phases = UpsFormat::Phases::ByCountNotOne;
+    options.withUnit = true;
+    options.unit = unit;
+    return options;
+}
 
-    batteryVoltageText = tenths(v[BatteryVoltageId]);
-    const float temperature = float(v[BatteryTemperatureId] / kTenths);
+void Energyline::showInputAndBypass(const QMap<int, QVariant> &map)
+{
+    const UpsFormat::Options phased = phasedOptions();
+    UpsFormat::Options plain;
+    plain.phases = UpsFormat::Phases::Single;
+    inputVoltageText = UpsFormat::text(map, UpsPoint::InputVoltage, phased);
+    inputCurrentText = UpsFormat::text(map, UpsPoint::InputCurrent, phased);
+    inputFrequencyText = UpsFormat::text(map, UpsPoint::InputFrequency, plain);
+    bypassVoltageText = UpsFormat::text(map, UpsPoint::BypassVoltage, phased);
+    bypassFrequencyText = UpsFormat::text(map, UpsPoint::BypassFrequency, plain);
+}
+
+void Energyline::showOutput(const QMap<int, QVariant> &map)
+{
+    const UpsFormat::Options phased = phasedOptions();
+    outputVoltageText = UpsFormat::text(map, UpsPoint::OutputVoltage, phased);
+    outputCurrentText = UpsFormat::text(map, UpsPoint::OutputCurrent, phased);
+    // The diagram labels output power in kW; the number is the register's.
+    outputPowerText = UpsFormat::text(map, UpsPoint::OutputPower, phasedOptions("kW"));
+    outputLoadText = UpsFormat::text(map, UpsPoint::OutputLoad, phased);
+    UpsFormat::Options withUnit;
+    withUnit.withUnit = true;
+    outputFrequencyText = UpsFormat::text(map, UpsPoint::OutputFrequency, withUnit);
+}
+
+// Returns whether the battery is being charged.
+bool Energyline::showBattery(const QMap<int, QVariant> &map)
+{
+    const UpsFormat::Options plain;
+    batteryVoltageText = UpsFormat::text(map, UpsPoint::BatteryVoltage, plain);
+    // The diagram reads the temperature register in tenths.
+    const float temperature = float(readInt(map, UpsPoint::BatteryTemperature) / kTenths);
     if (temperature > kMaxTemperature || temperature < kMinTemperature)
         batteryTemperatureText = QStringLiteral("--");
     else
         batteryTemperatureText = QString::asprintf("%.1f", double(temperature));
-    batteryRemainTimeText = QString::asprintf("%d", v[RemainTimeId]);
-    batteryCapacityText = QString::asprintf("%d", v[CapacityId]);
+    batteryRemainTimeText = UpsFormat::text(map, UpsPoint::RemainingMinutes, plain);
+    batteryCapacityText = UpsFormat::text(map, UpsPoint::BatteryCapacity, plain);
 
-    const int status = v[BatteryStatusId];
-    const bool statusKnown = status >= 0 && status < kBatteryStatusCount;
-    if (!statusKnown)
+    const int status = readInt(map, UpsPoint::BatteryStatus);
+    int count = 0;
+    UpsPoints::codeTexts(UpsPoints::CodeList::BatteryState, &count);
+    if (status < 0 || status > count)
         qCDebug(lcEnergyline) << "battery status code outside its list:" << status;
-    batteryStatusText = tr(kBatteryStatusTexts[statusKnown ? status : kBatteryStatusFallback]);
-    const bool charging = status == kBoostCharging || status == kFloatCharging;
+    batteryStatusText = UpsFormat::codeText(UpsPoints::CodeList::BatteryState, status, kBatteryNormalIndex,
+                                            staticMetaObject.className());
+    return status == UpsCode::BatteryBoostCharging || status == UpsCode::BatteryFloatCharging;
+}
 
-    const int source = v[OutputSourceId];
-    const int mode = source != 0 ? source - 1 : kNoneSupplyMode;
-    const bool modeKnown = mode >= 0 && mode < outputSourceTexts.size();
-    if (!modeKnown)
+void Energyline::showOutputSource(int source, bool charging)
+{
+    const int code = source != 0 ? source : int(UpsCode::SourceNone);
+    int count = 0;
+    UpsPoints::codeTexts(UpsPoints::CodeList::OutputSource, &count);
+    if (code < 1 || code > count)
         qCDebug(lcEnergyline) << "output source code outside its list:" << source;
-    outputSourceText = outputSourceTexts.value(modeKnown ? mode : kOtherSupplyMode);
+    outputSourceText = UpsFormat::codeText(UpsPoints::CodeList::OutputSource, code, kOtherSupplyIndex,
+                                           staticMetaObject.className());
 
     // Utility mode also animates the discharge segment, and bypass mode runs
     // the input and charge segments only while the battery charges.
-    inputFlow = mode == kUtilityMode || (mode == kBypassMode && charging);
-    chargeFlow = (mode == kUtilityMode || mode == kBypassMode) && charging;
-    dischargeFlow = mode == kUtilityMode || mode == kBatteryMode;
-    rectifierFlow = mode == kUtilityMode;
-    outputFlow = mode == kUtilityMode || mode == kBatteryMode;
-    bypassFlow = mode == kBypassMode;
-
-    staticLayerValid = false;
+    const bool utility = code == UpsCode::SourceUtility;
+    const bool bypass = code == UpsCode::SourceBypass;
+    const bool battery = code == UpsCode::SourceBattery;
+    inputFlow = utility || (bypass && charging);
+    chargeFlow = (utility || bypass) && charging;
+    dischargeFlow = utility || battery;
+    rectifierFlow = utility;
+    outputFlow = utility || battery;
+    bypassFlow = bypass;
 }
 
 void Energyline::updateCenter()

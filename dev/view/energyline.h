@@ -102,6 +102,10 @@ protected:
     void drawdate(QPainter *painter);
 
 private:
+    void showInputAndBypass(const QMap<int, QVariant> &map);
+    void showOutput(const QMap<int, QVariant> &map);
+    bool showBattery(const QMap<int, QVariant> &map);
+    void showOutputSource(int source, bool charging);
     void updateCenter();
     void loadPictures();
     void applyDiagramTransform(QPainter *painter) const;
@@ -170,9 +174,6 @@ private:
 
     double centerX = 0.0;
     double centerY = 0.0;
-
-    QVector<QString> batteryStateTexts;
-    QVector<QString> outputSourceTexts;
 
     // Paint resources that do not change between passes.
     QPixmap inputPicture;

@@ -9,6 +9,8 @@
 #include <QTabWidget>
 #include <QTableWidget>
 
+#include "upscontract.h"
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcOrvekView, "orvek.view.orvekview")
@@ -28,12 +30,6 @@ constexpr int kDataTab = 0;
 constexpr int kControlTab = 1;
 constexpr int kInertColumn = 5;
 
-// Control ids understood by the device client.
-constexpr int kCtrlStandby = 1008;
-constexpr int kCtrlShutdown = 1007;
-constexpr int kCtrlTimeSet = 1011;
-constexpr int kCtrlBuzzer = 1014;
-
 struct ButtonRequest {
     const char *objectName;
     int controlId;
@@ -42,10 +38,10 @@ struct ButtonRequest {
 
 // "turn_bypass" has no entry on purpose: that button sends nothing.
 const ButtonRequest kButtonRequests[] = {
-    {"buzzer_off", kCtrlBuzzer, "0"},
-    {"buzzer_on", kCtrlBuzzer, "1"},
-    {"power_on", kCtrlStandby, "1"},
-    {"power_off", kCtrlShutdown, "1"},
+    {"buzzer_off", UpsControl::Buzzer, "0"},
+    {"buzzer_on", UpsControl::Buzzer, "1"},
+    {"power_on", UpsControl::Standby, "1"},
+    {"power_off", UpsControl::Shutdown, "1"},
 };
 const char kTimeSetButton[] = "timeSet";
 
@@ -189,7 +185,7 @@ void OrvekView::pushButtonSlot()
     if (objectName == QLatin1String(kTimeSetButton)) {
         auto *timeEdit = findChild<QDateTimeEdit *>(QLatin1String(kTimeEditName));
         if (timeEdit)
-            control(kCtrlTimeSet, timeEdit->text());
+            control(UpsControl::TimeSet, timeEdit->text());
         return;
     }
     qCDebug(lcOrvekView) << "no request for" << objectName;

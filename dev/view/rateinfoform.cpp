@@ -9,48 +9,15 @@
 #include <QLoggingCategory>
 #include <QVBoxLayout>
 
+#include "upsformat.h"
+#include "upspoints.h"
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcRateInfo, "orvek.view.rateinfo")
 
-// Data point ids read by this page (input registers 0x0101 + id, identity blocks 4000..4006).
-enum DataPointId {
-    IdBatteryState = 0,
-    IdRemainTime = 2,
-    IdCapacity = 3,
-    IdBatteryVoltage = 4,
-    IdBatteryCurrent = 5,
-    IdInputPhases = 8,
-    IdInputVoltage = 9,
-    IdInputCurrent = 12,
-    IdInputFrequency = 15,
-    IdOutputSource = 24,
-    IdOutputFrequency = 25,
-    IdOutputPhases = 26,
-    IdOutputVoltage = 27,
-    IdOutputCurrent = 30,
-    IdOutputPower = 33,
-    IdOutputLoad = 39,
-    IdBypassFrequency = 42,
-    IdBypassPhases = 43,
-    IdBypassVoltage = 44,
-    IdBypassCurrent = 47,
-    IdRatedInputVoltage = 56,
-    IdRatedInputFrequency = 57,
-    IdRatedOutputVoltage = 58,
-    IdRatedOutputFrequency = 59,
-    IdRatedApparentPower = 60,
-    IdRatedActivePower = 62,
-    IdModel = 4000,
-    IdManufacturer = 4001,
-    IdSystemName = 4002,
-    IdAttachedDevices = 4003,
-    IdUpsSoftware = 4004,
-    IdAgentSoftware = 4005,
-    IdAgentLocation = 4006
-};
-
 constexpr float kUnitScale = 1.0f;
+constexpr int kBatteryNormalIndex = 1; // "Normal" in the battery state list
 constexpr float kTenthScale = 0.1f;
 constexpr int kRatedPowerMax = 9999999;
 constexpr int kRatedPowerMin = 1;
@@ -110,118 +77,139 @@ ParameterInformation *RateInfoForm::addParam(QList<ParameterInformation *> &list
     return p;
 }
 
-void RateInfoForm::buildDeviceParams()
+namespace {
+
+enum class Panel { Device, Battery, Input, Output, Bypass, Rated };
+
+// One record of a panel: its label and unit (translated in RateInfoForm's
+// context; null: no unit), scale, formatting kind and data point.
+struct ParamRow
 {
-    const int text = ParameterInformation::KindText;
-    addParam(deviceList, tr("UPS model"), QString(), kUnitScale, text, IdModel);
-    addParam(deviceList, tr("Manufacturer name"), QString(), kUnitScale, text, IdManufacturer);
-    addParam(deviceList, tr("System name"), QString(), kUnitScale, text, IdSystemName);
-    addParam(deviceList, tr("UPS ident attached devices"), QString(), kUnitScale, text, IdAttachedDevices);
-    addParam(deviceList, tr("UPS software version"), QString(), kUnitScale, text, IdUpsSoftware);
-    addParam(deviceList, tr("Agent software version"), QString(), kUnitScale, text, IdAgentSoftware);
-    addParam(deviceList, tr("Agent location"), QString(), kUnitScale, text, IdAgentLocation);
+    Panel panel;
+    const char *name;
+    const char *unit;
+    float scale;
+    int kind;
+    int id;
+};
+
+using P = ParameterInformation;
+
+// In panel order; the order within a panel is the order of its lines.
+const ParamRow kParamRows[] = {
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "UPS model"), nullptr, kUnitScale, P::KindText, UpsPoint::Model},
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "Manufacturer name"), nullptr, kUnitScale, P::KindText,
+     UpsPoint::Manufacturer},
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "System name"), nullptr, kUnitScale, P::KindText,
+     UpsPoint::SystemName},
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "UPS ident attached devices"), nullptr, kUnitScale, P::KindText,
+     UpsPoint::AttachedDevices},
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "UPS software version"), nullptr, kUnitScale, P::KindText,
+     UpsPoint::UpsSoftware},
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "Agent software version"), nullptr, kUnitScale, P::KindText,
+     UpsPoint::AgentSoftware},
+    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "Agent location"), nullptr, kUnitScale, P::KindText,
+     UpsPoint::AgentLocation},
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+     kTenthScale, P::KindDecimal, UpsPoint::BatteryVoltage},
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+     kTenthScale, P::KindDecimal, UpsPoint::BatteryCurrent},
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "remain discharge time:"),
+     QT_TRANSLATE_NOOP("RateInfoForm", "Min"), kUnitScale, P::KindInt, UpsPoint::RemainingMinutes},
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery capacity:"), QT_TRANSLATE_NOOP("RateInfoForm", "%"),
+     kUnitScale, P::KindInt, UpsPoint::BatteryCapacity},
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery state:"), nullptr, kUnitScale, P::KindCode,
+     UpsPoint::BatteryStatus},
+    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "input voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+     kUnitScale, P::KindPhaseDecimal, UpsPoint::InputVoltage},
+    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "input current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+     kTenthScale, P::KindPhaseDecimal, UpsPoint::InputCurrent},
+    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "input frequency:"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+     kTenthScale, P::KindPhaseDecimal, UpsPoint::InputFrequency},
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+     kUnitScale, P::KindPhaseDecimal, UpsPoint::OutputVoltage},
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+     kTenthScale, P::KindPhaseDecimal, UpsPoint::OutputCurrent},
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output frequency:"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+     kTenthScale, P::KindDecimal, UpsPoint::OutputFrequency},
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output power:"), QT_TRANSLATE_NOOP("RateInfoForm", "(k)W"),
+     kUnitScale, P::KindInt, UpsPoint::OutputPower},
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output load percentage:"),
+     QT_TRANSLATE_NOOP("RateInfoForm", "%"), kUnitScale, P::KindInt, UpsPoint::OutputLoad},
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "Output Mode:"), nullptr, kUnitScale, P::KindCode,
+     UpsPoint::OutputSource},
+    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "bypass voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+     kUnitScale, P::KindPhaseDecimal, UpsPoint::BypassVoltage},
+    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "bypass current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+     kTenthScale, P::KindPhaseDecimal, UpsPoint::BypassCurrent},
+    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "bypass frequency:"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+     kTenthScale, P::KindDecimal, UpsPoint::BypassFrequency},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated input voltage"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+     kUnitScale, P::KindDecimal, UpsPoint::RatedInputVoltage},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated input frequency"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+     kTenthScale, P::KindDecimal, UpsPoint::RatedInputFrequency},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated output voltage"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+     kUnitScale, P::KindDecimal, UpsPoint::RatedOutputVoltage},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated output frequency"),
+     QT_TRANSLATE_NOOP("RateInfoForm", "Hz"), kTenthScale, P::KindDecimal, UpsPoint::RatedOutputFrequency},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated active power"), QT_TRANSLATE_NOOP("RateInfoForm", "W"),
+     kUnitScale, P::KindLimitedInt, UpsPoint::RatedActivePower},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated apparent power"), QT_TRANSLATE_NOOP("RateInfoForm", "VA"),
+     kUnitScale, P::KindInt, UpsPoint::RatedApparentPower},
+};
+
+} // namespace
+
+QList<ParameterInformation *> &RateInfoForm::paramList(int panel)
+{
+    QList<ParameterInformation *> *lists[] = {&deviceList, &batteryList, &inputList,
+                                              &outputList, &bypassList,  &ratedList};
+    return *lists[panel];
 }
 
-void RateInfoForm::buildBatteryParams()
+void RateInfoForm::buildParams()
 {
-    addParam(batteryList, tr("battery voltage:"), tr("V"), kTenthScale, ParameterInformation::KindDecimal,
-             IdBatteryVoltage);
-    addParam(batteryList, tr("battery current:"), tr("A"), kTenthScale, ParameterInformation::KindDecimal,
-             IdBatteryCurrent);
-    addParam(batteryList, tr("remain discharge time:"), tr("Min"), kUnitScale, ParameterInformation::KindInt,
-             IdRemainTime);
-    addParam(batteryList, tr("battery capacity:"), tr("%"), kUnitScale, ParameterInformation::KindInt,
-             IdCapacity);
-    ParameterInformation *state = addParam(batteryList, tr("battery state:"), QString(), kUnitScale,
-                                           ParameterInformation::KindCode, IdBatteryState);
-    // "Normal" appears three times: only its last code (9) survives in the map.
-    state->addCombo({tr("Normal"), tr("Unknown"), tr("Normal"), tr("Low"), tr("Depleted"), tr("Selftest"),
-                     tr("Boost"), tr("Floating"), tr("Discharge"), tr("Normal")});
+    for (const ParamRow &row : kParamRows) {
+        ParameterInformation *p = addParam(paramList(int(row.panel)), tr(row.name),
+                                           row.unit ? tr(row.unit) : QString(), row.scale, row.kind, row.id);
+        if (row.id == UpsPoint::BatteryStatus) {
+            p->addCombo(batteryStateTexts());
+        } else if (row.id == UpsPoint::OutputSource) {
+            p->addCombo({tr("None"), tr("Other Supply"), tr("None Supply"), tr("Utility Supply"),
+                         tr("Bypass Supply"), tr("Battery Supply"), tr("Booster Supply"), tr("Reducer Supply")});
+        } else if (row.kind == ParameterInformation::KindLimitedInt) {
+            p->maxValue = kRatedPowerMax;
+            p->minValue = kRatedPowerMin;
+        }
+    }
 }
 
-void RateInfoForm::buildInputParams()
+// Code 0 reads as "Normal" too. "Normal" appears three times: only its last
+// code (9) survives in the combo map.
+QStringList RateInfoForm::batteryStateTexts()
 {
-    const int phased = ParameterInformation::KindPhaseDecimal;
-    addParam(inputList, tr("input voltage:"), tr("V"), kUnitScale, phased, IdInputVoltage);
-    addParam(inputList, tr("input current:"), tr("A"), kTenthScale, phased, IdInputCurrent);
-    addParam(inputList, tr("input frequency:"), tr("Hz"), kTenthScale, phased, IdInputFrequency);
-}
-
-void RateInfoForm::buildOutputParams()
-{
-    const int phased = ParameterInformation::KindPhaseDecimal;
-    addParam(outputList, tr("output voltage:"), tr("V"), kUnitScale, phased, IdOutputVoltage);
-    addParam(outputList, tr("output current:"), tr("A"), kTenthScale, phased, IdOutputCurrent);
-    addParam(outputList, tr("output frequency:"), tr("Hz"), kTenthScale, ParameterInformation::KindDecimal,
-             IdOutputFrequency);
-    addParam(outputList, tr("output power:"), tr("(k)W"), kUnitScale, ParameterInformation::KindInt,
-             IdOutputPower);
-    addParam(outputList, tr("output load percentage:"), tr("%"), kUnitScale, ParameterInformation::KindInt,
-             IdOutputLoad);
-    ParameterInformation *mode = addParam(outputList, tr("Output Mode:"), QString(), kUnitScale,
-                                          ParameterInformation::KindCode, IdOutputSource);
-    mode->addCombo({tr("None"), tr("Other Supply"), tr("None Supply"), tr("Utility Supply"), tr("Bypass Supply"),
-                    tr("Battery Supply"), tr("Booster Supply"), tr("Reducer Supply")});
-}
-
-void RateInfoForm::buildBypassParams()
-{
-    addParam(bypassList, tr("bypass voltage:"), tr("V"), kUnitScale, ParameterInformation::KindPhaseDecimal,
-             IdBypassVoltage);
-    addParam(bypassList, tr("bypass current:"), tr("A"), kTenthScale, ParameterInformation::KindPhaseDecimal,
-             IdBypassCurrent);
-    addParam(bypassList, tr("bypass frequency:"), tr("Hz"), kTenthScale, ParameterInformation::KindDecimal,
-             IdBypassFrequency);
-}
-
-void RateInfoForm::buildRatedParams()
-{
-    const int dec = ParameterInformation::KindDecimal;
-    addParam(ratedList, tr("Rated input voltage"), tr("V"), kUnitScale, dec, IdRatedInputVoltage);
-    addParam(ratedList, tr("Rated input frequency"), tr("Hz"), kTenthScale, dec, IdRatedInputFrequency);
-    addParam(ratedList, tr("Rated output voltage"), tr("V"), kUnitScale, dec, IdRatedOutputVoltage);
-    addParam(ratedList, tr("Rated output frequency"), tr("Hz"), kTenthScale, dec, IdRatedOutputFrequency);
-    ParameterInformation *active = addParam(ratedList, tr("Rated active power"), tr("W"), kUnitScale,
-                                            ParameterInformation::KindLimitedInt, IdRatedActivePower);
-    active->maxValue = kRatedPowerMax;
-    active->minValue = kRatedPowerMin;
-    addParam(ratedList, tr("Rated apparent power"), tr("VA"), kUnitScale, ParameterInformation::KindInt,
-             IdRatedApparentPower);
+    int count = 0;
+    UpsPoints::codeTexts(UpsPoints::CodeList::BatteryState, &count);
+    QStringList states;
+    for (int code = 0; code <= count; ++code)
+        states << UpsFormat::codeText(UpsPoints::CodeList::BatteryState, code, kBatteryNormalIndex,
+                                      staticMetaObject.className());
+    return states;
 }
 
 void RateInfoForm::InitRateData()
 {
-    buildDeviceParams();
-    buildBatteryParams();
-    buildInputParams();
-    buildOutputParams();
-    buildBypassParams();
-    buildRatedParams();
+    buildParams();
 
     setObjectName(QStringLiteral("realDataTable"));
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(kLayoutMargin, kLayoutMargin, kLayoutMargin, 0);
     grid->setSpacing(kLayoutSpacing);
 
-    struct Placement {
-        QString title;
-        QList<ParameterInformation *> *params;
-        QList<QLabel *> *labels;
-        int row;
-        int column;
-    };
-    const Placement placements[] = {
-        {tr("DEVICE"), &deviceList, &deviceLabels, 0, 0},
-        {tr("INPUT"), &inputList, &inputLabels, 1, 0},
-        {tr("BATTERY"), &batteryList, &batteryLabels, 2, 0},
-        {tr("OUTPUT"), &outputList, &outputLabels, 0, 1},
-        {tr("BYPASS"), &bypassList, &bypassLabels, 1, 1},
-        {tr("RATE"), &ratedList, &ratedLabels, 2, 1},
-    };
-    for (const Placement &pl : placements) {
+    for (const PanelRef &ref : panels()) {
         auto *panel = new QWidget(this);
-        ShowPanalView(panel, pl.title, *pl.params, *pl.labels);
-        grid->addWidget(panel, pl.row, pl.column);
+        ShowPanalView(panel, tr(ref.title), *ref.params, *ref.labels);
+        grid->addWidget(panel, ref.row, ref.column);
     }
     // Both columns share the width; the value texts decide the rest.
     grid->setColumnStretch(0, 1);
@@ -370,15 +358,16 @@ QString RateInfoForm::getPvalue(ParameterInformation *p)
     return text;
 }
 
+// The six panels in the order they are built, with their grid cells.
 QList<RateInfoForm::PanelRef> RateInfoForm::panels()
 {
     return {
-        {&deviceList, &deviceLabels, -1},
-        {&batteryList, &batteryLabels, -1},
-        {&inputList, &inputLabels, IdInputPhases},
-        {&outputList, &outputLabels, IdOutputPhases},
-        {&bypassList, &bypassLabels, IdBypassPhases},
-        {&ratedList, &ratedLabels, -1},
+        {QT_TR_NOOP("DEVICE"), &deviceList, &deviceLabels, -1, 0, 0},
+        {QT_TR_NOOP("INPUT"), &inputList, &inputLabels, UpsPoint::InputPhases, 1, 0},
+        {QT_TR_NOOP("BATTERY"), &batteryList, &batteryLabels, -1, 2, 0},
+        {QT_TR_NOOP("OUTPUT"), &outputList, &outputLabels, UpsPoint::OutputPhases, 0, 1},
+        {QT_TR_NOOP("BYPASS"), &bypassList, &bypassLabels, UpsPoint::BypassPhases, 1, 1},
+        {QT_TR_NOOP("RATE"), &ratedList, &ratedLabels, -1, 2, 1},
     };
 }
 
@@ -408,14 +397,11 @@ void RateInfoForm::setCurrentName(QString name)
 
 QLabel *RateInfoForm::valueLabelFor(const ParameterInformation *p) const
 {
-    const QList<QPair<const QList<ParameterInformation *> *, const QList<QLabel *> *>> all = {
-        {&deviceList, &deviceLabels}, {&batteryList, &batteryLabels}, {&inputList, &inputLabels},
-        {&outputList, &outputLabels}, {&bypassList, &bypassLabels},   {&ratedList, &ratedLabels},
-    };
-    for (const auto &pair : all) {
-        const int i = pair.first->indexOf(const_cast<ParameterInformation *>(p));
-        if (i >= 0 && i < pair.second->size())
-            return pair.second->at(i);
+    // panels() hands out the lists for building; here they are only read.
+    for (const PanelRef &panel : const_cast<RateInfoForm *>(this)->panels()) {
+        const int i = panel.params->indexOf(const_cast<ParameterInformation *>(p));
+        if (i >= 0 && i < panel.labels->size())
+            return panel.labels->at(i);
     }
     return nullptr;
 }

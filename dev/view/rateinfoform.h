@@ -5,6 +5,7 @@
 #include <QMap>
 #include <QPalette>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 #include <QWidget>
 
@@ -52,17 +53,17 @@ public:
 
 private:
     struct PanelRef {
+        const char *title; // translated in this class's context
         QList<ParameterInformation *> *params;
         QList<QLabel *> *labels;
         int phaseId; // data point holding the panel's phase count, or -1
+        int row;
+        int column;
     };
 
-    void buildDeviceParams();
-    void buildBatteryParams();
-    void buildInputParams();
-    void buildOutputParams();
-    void buildBypassParams();
-    void buildRatedParams();
+    void buildParams();
+    QList<ParameterInformation *> &paramList(int panel);
+    static QStringList batteryStateTexts();
     ParameterInformation *addParam(QList<ParameterInformation *> &list, const QString &name,
                                    const QString &unit, float scale, int kind, int dataId);
     QList<PanelRef> panels();

@@ -37,20 +37,13 @@ public:
 private:
     void setupContentsInfo();
     void setValueText(int row, const QString &text);
-    void setItemLabel(int row, int itemIndex);
-    void showBatterySection(const QVector<int> &v);
-    void showInputSection(const QVector<int> &v);
-    void showOutputSection(const QVector<int> &v);
-    void showBypassSection(const QVector<int> &v);
-    void showPhaseRows(int section, bool threePhase, const QVector<int> &v);
+    void setItemLabel(int row, const QString &label);
+    void updatePhaseLayout(const QMap<int, QVariant> &values);
     void setPhaseColumnsVisible(bool visible);
 
     Ui::RTDataForm *ui;
     bool inputSinglePhase;
     QString currentName;
-    QVector<QString> batteryStateTexts;
-    QList<QString> itemNames;
-    QVector<QString> outputSourceTexts;
 };
 
 #endif // RTDATAFORM_H

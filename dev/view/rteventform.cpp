@@ -7,10 +7,14 @@
 #include <QTableWidgetItem>
 #include <QVBoxLayout>
 
+#include <iterator>
+
+#include "upsalarms.h"
+#include "upspoints.h"
+
 Q_LOGGING_CATEGORY(lcRTEvent, "orvek.view.rtevent", QtInfoMsg)
 
 namespace {
-constexpr int kAlarmIdBase = 2000;   // data point id of alarm index 0
 constexpr int kTableColumns = 2;
 constexpr int kTimeColumn = 0;
 constexpr int kTextColumn = 1;
@@ -40,125 +44,26 @@ RTEventForm::~RTEventForm()
 }
 
 // The alarm texts of this page (indices 0-53) followed by their return-to-
-// normal texts (index + 54), one per bit of the 54-bit alarm block. This page
-// keeps its own list, which differs from the event log's list in two places:
-// the four switch alarms 28-31 read "... switch is off" here ("... switch
-// open" in the log) with normals "... switch on" / "... switch is on" (log:
-// "... switch close"), and the normals of 26 and 27 are empty here (the log
-// has "Battery Discharge end" and "Battery equalization end").
+// normal texts (index + 54), one per bit of the 54-bit alarm block: the
+// event log's list in this page's own translation context, except in two
+// places. The four switch alarms 28-31 read "... switch is off" here
+// ("... switch open" in the log) with normals "... switch on" / "... switch
+// is on" (log: "... switch close"), and the normals of 26 and 27 are empty
+// here (the log has "Battery Discharge end" and "Battery equalization end").
 void RTEventForm::fillEventTexts()
 {
-    eventTexts.clear();
-    eventTexts << tr("Communication between agent and UPS fault")
-               << tr("Battery fault")
-               << tr("Battery powered")
-               << tr("Battery low")
-               << tr("Battery EOD")
-               << tr("Temperature overrun MAX-value")
-               << tr("Input fault")
-               << tr("Output fault")
-               << tr("Load overrun MAX-value")
-               << tr("Bypass powered")
-               << tr("Bypass fault")
-               << tr("The UPS output has shutdown as requested")
-               << tr("The entire UPS has shutdown as commanded")
-               << tr("Charger subsystem fault")
-               << tr("The output of the UPS is in the off state")
-               << tr("The UPS system is in the off state")
-               << tr("Fan fault")
-               << tr("Fuse fault")
-               << tr("UPS fault")
-               << tr("Last diagnostic test failed")
-               << tr("Communications between the agent and the UPS fault")
-               << tr("UPS shutdown after delay countdown is underway")
-               << tr("The UPS will turn off power to the load")
-               << tr("A test is in progress")
-               << QString() << QString()
-               << tr("Battery Discharge")
-               << tr("Battery equalization")
-               << tr("Battery switch is off")
-               << tr("Input switch is off")
-               << tr("Output switch is off")
-               << tr("Bypass switch is off")
-               << QString() << QString();
-    // Indices 34-53: five alarms for each of four temperature/humidity modules.
-    eventTexts
-               << tr("Temperature and humidity module 1 communication lost")
-               << tr("Temperature and humidity module 1 temperature is too high")
-               << tr("Temperature and humidity module 1 temperature is too low")
-               << tr("Temperature and humidity module 1 humidity is too high")
-               << tr("Temperature and humidity module 1 humidity is too low")
-               << tr("Temperature and humidity module 2 communication lost")
-               << tr("Temperature and humidity module 2 temperature is too high")
-               << tr("Temperature and humidity module 2 temperature is too low")
-               << tr("Temperature and humidity module 2 humidity is too high")
-               << tr("Temperature and humidity module 2 humidity is too low")
-               << tr("Temperature and humidity module 3 communication lost")
-               << tr("Temperature and humidity module 3 temperature is too high")
-               << tr("Temperature and humidity module 3 temperature is too low")
-               << tr("Temperature and humidity module 3 humidity is too high")
-               << tr("Temperature and humidity module 3 humidity is too low")
-               << tr("Temperature and humidity module 4 communication lost")
-               << tr("Temperature and humidity module 4 temperature is too high")
-               << tr("Temperature and humidity module 4 temperature is too low")
-               << tr("Temperature and humidity module 4 humidity is too high")
-               << tr("Temperature and humidity module 4 humidity is too low");
-
-    eventTexts << tr("Communications between agent and UPS normal")
-               << tr("Battery normal")
-               << tr("Utility supply normal")
-               << tr("Battery voltage normal")
-               << tr("Battery resume")
-               << tr("Temperature normal")
-               << tr("Input normal")
-               << tr("Output normal")
-               << tr("The output load normal")
-               << tr("Inverter operation")
-               << tr("Bypass normal")
-               << tr("The UPS output not shutdown as requested")
-               << tr("The entire UPS not shutdown as commanded")
-               << tr("Charger subsystem normal")
-               << tr("UPS output on")
-               << tr("UPS on")
-               << tr("Fan normal")
-               << tr("Fuse normal")
-               << tr("UPS normal")
-               << tr("Last diagnostic test success")
-               // Paired with index 20 as the device's list has it.
-               << tr("UPS is not awaiting the return of input power")
-               << tr("UPS shutdown after delay ended")
-               << tr("The UPS will not turn off power to the load")
-               << tr("No a test is in progress")
-               << QString() << QString()
-               << QString()
-               << QString()
-               << tr("Battery switch on")
-               << tr("Input switch on")
-               << tr("Output switch is on")
-               << tr("Bypass switch is on")
-               << QString() << QString();
-    // Indices 88-107: the modules' return-to-normal texts.
-    eventTexts
-               << tr("Temperature and humidity module 1 communication normal")
-               << tr("Temperature and humidity module 1 temperature is normal")
-               << tr("Temperature and humidity module 1 temperature is normal")
-               << tr("Temperature and humidity module 1 humidity is normal")
-               << tr("Temperature and humidity module 1 humidity is normal")
-               << tr("Temperature and humidity module 2 communication normal")
-               << tr("Temperature and humidity module 2 temperature normal")
-               << tr("Temperature and humidity module 2 temperature normal")
-               << tr("Temperature and humidity module 2 humidity is normal")
-               << tr("Temperature and humidity module 2 humidity is normal")
-               << tr("Temperature and humidity module 3 communication normal")
-               << tr("Temperature and humidity module 3 temperature is normal")
-               << tr("Temperature and humidity module 3 temperature is normal")
-               << tr("Temperature and humidity module 3 humidity is normal")
-               << tr("Temperature and humidity module 3 humidity is normal")
-               << tr("Temperature and humidity module 4 communication normal")
-               << tr("Temperature and humidity module 4 temperature is normal")
-               << tr("Temperature and humidity module 4 temperature is normal")
-               << tr("Temperature and humidity module 4 humidity is normal")
-               << tr("Temperature and humidity module 4 humidity is normal");
+    eventTexts = UpsAlarms::eventTexts(staticMetaObject.className());
+    const int switchAlarms[] = {28, 29, 30, 31};
+    const QString switchTexts[] = {tr("Battery switch is off"), tr("Input switch is off"),
+                                   tr("Output switch is off"), tr("Bypass switch is off")};
+    const QString switchNormals[] = {tr("Battery switch on"), tr("Input switch on"),
+                                     tr("Output switch is on"), tr("Bypass switch is on")};
+    for (int i = 0; i < int(std::size(switchAlarms)); ++i) {
+        eventTexts[UpsAlarms::raisedTextIndex(switchAlarms[i])] = switchTexts[i];
+        eventTexts[UpsAlarms::clearedTextIndex(switchAlarms[i])] = switchNormals[i];
+    }
+    for (int alarm : {int(UpsAlarm::BatteryDischarge), int(UpsAlarm::BatteryDischarge) + 1})
+        eventTexts[UpsAlarms::clearedTextIndex(alarm)] = QString();
 }
 
 void RTEventForm::initTable()
@@ -230,7 +135,7 @@ void RTEventForm::Show_RTEvent_View(QMap<int, QVariant> map)
 
     const int alarmCount = eventTexts.size() / 2;
     for (int i = 0; i < alarmCount; ++i) {
-        const int state = map.value(kAlarmIdBase + i).toInt();
+        const int state = map.value(UpsPoint::AlarmFirst + i).toInt();
         const int row = eventTable->rowCount();
 
         if (state == kAlarmInactive) {

@@ -6,23 +6,11 @@
 
 #include <QLoggingCategory>
 
+#include "upspoints.h"
+
 Q_LOGGING_CATEGORY(lcRtSingleGraph, "orvek.view.rtsinglegraphform", QtInfoMsg)
 
 namespace {
-
-// Data point ids shown on this page (register 0x0101 + id).
-constexpr int kIdCapacity = 3;
-constexpr int kIdBatteryVoltage = 4;
-constexpr int kIdInputVoltage = 9;
-constexpr int kIdInputFrequency = 15;
-constexpr int kIdOutputFrequency = 25;
-constexpr int kIdOutputVoltage = 27;
-constexpr int kIdOutputLoad = 39;
-constexpr int kIdBypassFrequency = 42;
-constexpr int kIdBypassVoltage = 44;
-
-// Registers in 0.1 units.
-constexpr double kTenths = 10.0;
 
 // No data point feeds the temperature gauge: this value lies far outside its
 // range, so the gauge keeps showing "--".
@@ -56,6 +44,33 @@ double registerValue(const QMap<int, QVariant> &map, int id)
     return static_cast<quint32>(DataPointValue::rounded(map, id));
 }
 
+// In shown units: tenths become volts and hertz.
+double scaledValue(const QMap<int, QVariant> &map, int id)
+{
+    return registerValue(map, id) / UpsPoints::info(id).divisor;
+}
+
+// The captions are the points' data-log titles in this page's context.
+// The remaining-capacity gauge sits under the remaining-time title.
+struct Caption
+{
+    QLabel *Ui_RTSingleGraphForm::*label;
+    int id;
+};
+
+const Caption kCaptions[] = {
+    {&Ui_RTSingleGraphForm::label_load, UpsPoint::RemainingMinutes},
+    {&Ui_RTSingleGraphForm::label_outload, UpsPoint::OutputLoad},
+    {&Ui_RTSingleGraphForm::label_temp, UpsPoint::BatteryTemperature},
+    {&Ui_RTSingleGraphForm::label_input, UpsPoint::InputFrequency},
+    {&Ui_RTSingleGraphForm::label_output, UpsPoint::OutputFrequency},
+    {&Ui_RTSingleGraphForm::label_bypass, UpsPoint::BypassFrequency},
+    {&Ui_RTSingleGraphForm::label_input_vol, UpsPoint::InputVoltage},
+    {&Ui_RTSingleGraphForm::label_output_vol, UpsPoint::OutputVoltage},
+    {&Ui_RTSingleGraphForm::label_batt_vol, UpsPoint::BatteryVoltage},
+    {&Ui_RTSingleGraphForm::label_bypass_vol, UpsPoint::BypassVoltage},
+};
+
 } // namespace
 
 RTSingleGraphForm::RTSingleGraphForm(QWidget *parent)
@@ -80,17 +95,8 @@ void RTSingleGraphForm::setupGauges()
 
 void RTSingleGraphForm::setupCaptions()
 {
-    // The gauge shows the remaining capacity in %, under this caption.
-    ui->label_load->setText(tr("Remaining battery time(Min)"));
-    ui->label_outload->setText(tr("Output load(%)"));
-    ui->label_temp->setText(tr("Battery temperature(C)"));
-    ui->label_input->setText(tr("Input frequency(Hz)"));
-    ui->label_output->setText(tr("Output frequency(Hz)"));
-    ui->label_bypass->setText(tr("Bypass frequency(Hz)"));
-    ui->label_input_vol->setText(tr("Input voltage(V)"));
-    ui->label_output_vol->setText(tr("Output voltage(V)"));
-    ui->label_batt_vol->setText(tr("Battery voltage(V)"));
-    ui->label_bypass_vol->setText(tr("Bypass voltage(V)"));
+    for (const Caption &caption : kCaptions)
+        (ui->*caption.label)->setText(tr(UpsPoints::info(caption.id).title));
 }
 
 void RTSingleGraphForm::InitRTChartFormInfo(bool flag)
@@ -119,19 +125,19 @@ void RTSingleGraphForm::RefreshRtSingleChartInfo(QMap<int, QVariant> map)
 
 void RTSingleGraphForm::Show_RtChart_View(QMap<int, QVariant> map)
 {
-    const double capacity = registerValue(map, kIdCapacity);
-    const double outputLoad = registerValue(map, kIdOutputLoad);
-    const double inputVoltage = registerValue(map, kIdInputVoltage);
-    const double outputVoltage = registerValue(map, kIdOutputVoltage);
-    const double batteryVoltage = registerValue(map, kIdBatteryVoltage) / kTenths;
-    const double bypassVoltage = registerValue(map, kIdBypassVoltage);
+    const double capacity = scaledValue(map, UpsPoint::BatteryCapacity);
+    const double outputLoad = scaledValue(map, UpsPoint::OutputLoad);
+    const double inputVoltage = scaledValue(map, UpsPoint::InputVoltage);
+    const double outputVoltage = scaledValue(map, UpsPoint::OutputVoltage);
+    const double batteryVoltage = scaledValue(map, UpsPoint::BatteryVoltage);
+    const double bypassVoltage = scaledValue(map, UpsPoint::BypassVoltage);
 
     ui->widget_load->setValue(capacity);
     ui->widget_outload->setValue(outputLoad);
     ui->widget_temp->setValue(kNoTemperatureReading);
-    ui->widget_input_freq->setValue(registerValue(map, kIdInputFrequency) / kTenths);
-    ui->widget_out_freq->setValue(registerValue(map, kIdOutputFrequency) / kTenths);
-    ui->widget_by_freq->setValue(registerValue(map, kIdBypassFrequency) / kTenths);
+    ui->widget_input_freq->setValue(scaledValue(map, UpsPoint::InputFrequency));
+    ui->widget_out_freq->setValue(scaledValue(map, UpsPoint::OutputFrequency));
+    ui->widget_by_freq->setValue(scaledValue(map, UpsPoint::BypassFrequency));
 
     ui->widget_single->addData(kCurveInputVoltage, inputVoltage);
     ui->widget_single->addData(kCurveOutputVoltage, outputVoltage);

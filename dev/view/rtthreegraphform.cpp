@@ -31,24 +31,12 @@
 
 #include <algorithm>
 
+#include "upsformat.h"
+#include "upspoints.h"
+
 Q_LOGGING_CATEGORY(lcRtThreeGraph, "orvek.view.rtthreegraphform", QtInfoMsg)
 
 namespace {
-
-// Data point ids used on this page (register 0x0101 + id).
-constexpr int kIdCapacity = 3;
-constexpr int kIdTemperature = 6;
-constexpr int kIdOutputFrequency = 25;
-constexpr int kIdBypassFrequency = 42;
-constexpr int kIdOutputVoltageR = 27;
-constexpr int kIdOutputVoltageS = 28;
-constexpr int kIdOutputVoltageT = 29;
-constexpr int kIdOutputLoadR = 39;
-constexpr int kIdOutputLoadS = 40;
-constexpr int kIdOutputLoadT = 41;
-
-// Registers in 0.1 units.
-constexpr double kTenths = 10.0;
 
 using Band = GaugeDialKeeper::Band;
 using DataPointValue::rounded;
@@ -64,26 +52,24 @@ const GaugeSetup kGaugeSetups[] = {
     {&Ui_RTThreeGraphForm::widget_by_freq, {0, 100, "Hz", {Band::Red, Band::Green, Band::Red}, {40, 60, 100}}},
 };
 
-enum class Format { Integer, Tenths };
-
-// Per-phase numbers of the readout grid.
+// Per-phase numbers of the readout grid: phase 0..2 of a three-phase point.
 struct Readout
 {
     QLabel *Ui_RTThreeGraphForm::*label;
     int id;
-    Format format;
+    int phase;
 };
 
 const Readout kReadouts[] = {
-    {&Ui_RTThreeGraphForm::value_in_vol_r, 9, Format::Integer},
-    {&Ui_RTThreeGraphForm::value_in_vol_s, 10, Format::Integer},
-    {&Ui_RTThreeGraphForm::value_in_vol_t, 11, Format::Integer},
-    {&Ui_RTThreeGraphForm::value_in_freq_r, 15, Format::Tenths},
-    {&Ui_RTThreeGraphForm::value_in_freq_s, 16, Format::Tenths},
-    {&Ui_RTThreeGraphForm::value_in_freq_t, 17, Format::Tenths},
-    {&Ui_RTThreeGraphForm::value_by_vol_r, 44, Format::Integer},
-    {&Ui_RTThreeGraphForm::value_by_vol_s, 45, Format::Integer},
-    {&Ui_RTThreeGraphForm::value_by_vol_t, 46, Format::Integer},
+    {&Ui_RTThreeGraphForm::value_in_vol_r, UpsPoint::InputVoltage, 0},
+    {&Ui_RTThreeGraphForm::value_in_vol_s, UpsPoint::InputVoltage, 1},
+    {&Ui_RTThreeGraphForm::value_in_vol_t, UpsPoint::InputVoltage, 2},
+    {&Ui_RTThreeGraphForm::value_in_freq_r, UpsPoint::InputFrequency, 0},
+    {&Ui_RTThreeGraphForm::value_in_freq_s, UpsPoint::InputFrequency, 1},
+    {&Ui_RTThreeGraphForm::value_in_freq_t, UpsPoint::InputFrequency, 2},
+    {&Ui_RTThreeGraphForm::value_by_vol_r, UpsPoint::BypassVoltage, 0},
+    {&Ui_RTThreeGraphForm::value_by_vol_s, UpsPoint::BypassVoltage, 1},
+    {&Ui_RTThreeGraphForm::value_by_vol_t, UpsPoint::BypassVoltage, 2},
 };
 
 // Trend curves with their legend values; curves 0-2 use the 0-400 scale,
@@ -92,23 +78,37 @@ struct Curve
 {
     int index;
     int id;
+    int phase;
     QLabel *Ui_RTThreeGraphForm::*legend;
 };
 
 const Curve kCurves[] = {
-    {0, kIdOutputVoltageR, &Ui_RTThreeGraphForm::value_out_vol_r},
-    {1, kIdOutputVoltageS, &Ui_RTThreeGraphForm::value_out_vol_s},
-    {2, kIdOutputVoltageT, &Ui_RTThreeGraphForm::value_out_vol_t},
-    {3, kIdOutputLoadR, &Ui_RTThreeGraphForm::value_out_load_r},
-    {4, kIdOutputLoadS, &Ui_RTThreeGraphForm::value_out_load_s},
-    {5, kIdOutputLoadT, &Ui_RTThreeGraphForm::value_out_load_t},
+    {0, UpsPoint::OutputVoltage, 0, &Ui_RTThreeGraphForm::value_out_vol_r},
+    {1, UpsPoint::OutputVoltage, 1, &Ui_RTThreeGraphForm::value_out_vol_s},
+    {2, UpsPoint::OutputVoltage, 2, &Ui_RTThreeGraphForm::value_out_vol_t},
+    {3, UpsPoint::OutputLoad, 0, &Ui_RTThreeGraphForm::value_out_load_r},
+    {4, UpsPoint::OutputLoad, 1, &Ui_RTThreeGraphForm::value_out_load_s},
+    {5, UpsPoint::OutputLoad, 2, &Ui_RTThreeGraphForm::value_out_load_t},
 };
 
-QString formatValue(Format format, int value)
+int phaseValue(const QMap<int, QVariant> &map, int id, int phase)
 {
-    if (format == Format::Tenths)
-        return QString::number(value / kTenths, 'f', 1);
-    return QString::number(value);
+    return rounded(map, UpsPoints::phaseId(id, phase));
+}
+
+// The rounded value of one phase, scaled and with the decimals of its point.
+QString readoutText(const QMap<int, QVariant> &map, const Readout &readout)
+{
+    const QMap<int, QVariant> single{{readout.id, phaseValue(map, readout.id, readout.phase)}};
+    UpsFormat::Options options;
+    options.phases = UpsFormat::Phases::Single;
+    return UpsFormat::text(single, readout.id, options);
+}
+
+// Gauge values in shown units: tenths become hertz.
+double scaledValue(const QMap<int, QVariant> &map, int id)
+{
+    return rounded(map, id) / double(UpsPoints::info(id).divisor);
 }
 
 QString legendText(int value)
@@ -148,7 +148,7 @@ void RTThreeGraphForm::InitRtThreeChart()
     for (const GaugeSetup &setup : kGaugeSetups)
         (ui->*setup.gauge)->setValue(0.0);
     for (const Readout &readout : kReadouts)
-        (ui->*readout.label)->setText(formatValue(readout.format, 0));
+        (ui->*readout.label)->setText(readoutText(QMap<int, QVariant>(), readout));
     for (const Curve &curve : kCurves)
         (ui->*curve.legend)->setText(legendText(0));
     ui->widget_three->initValue();
@@ -168,29 +168,31 @@ void RTThreeGraphForm::Show_RtChart_View(QMap<int, QVariant> map)
 
 void RTThreeGraphForm::showGauges(const QMap<int, QVariant> &map)
 {
+    using UpsPoint::OutputLoad;
     const int highestLoad =
-        std::max({rounded(map, kIdOutputLoadR), rounded(map, kIdOutputLoadS), rounded(map, kIdOutputLoadT)});
-    ui->widget_capacity->setValue(rounded(map, kIdCapacity));
-    ui->widget_temp->setValue(rounded(map, kIdTemperature));
+        std::max({phaseValue(map, OutputLoad, 0), phaseValue(map, OutputLoad, 1), phaseValue(map, OutputLoad, 2)});
+    ui->widget_capacity->setValue(rounded(map, UpsPoint::BatteryCapacity));
+    ui->widget_temp->setValue(rounded(map, UpsPoint::BatteryTemperature));
     ui->widget_outload->setValue(highestLoad);
-    ui->widget_out_freq->setValue(rounded(map, kIdOutputFrequency) / kTenths);
-    ui->widget_by_freq->setValue(rounded(map, kIdBypassFrequency) / kTenths);
+    ui->widget_out_freq->setValue(scaledValue(map, UpsPoint::OutputFrequency));
+    ui->widget_by_freq->setValue(scaledValue(map, UpsPoint::BypassFrequency));
 }
 
 void RTThreeGraphForm::showReadouts(const QMap<int, QVariant> &map)
 {
     for (const Readout &readout : kReadouts)
-        (ui->*readout.label)->setText(formatValue(readout.format, rounded(map, readout.id)));
+        (ui->*readout.label)->setText(readoutText(map, readout));
 }
 
 void RTThreeGraphForm::showCurves(const QMap<int, QVariant> &map)
 {
     // All six curves are fed in one pass so that none is empty at the next paint.
     for (const Curve &curve : kCurves) {
-        const int value = rounded(map, curve.id);
+        const int value = phaseValue(map, curve.id, curve.phase);
         ui->widget_three->addData(curve.index, value);
         (ui->*curve.legend)->setText(legendText(value));
     }
-    qCDebug(lcRtThreeGraph) << "refreshed: output R/S/T" << rounded(map, kIdOutputVoltageR)
-                            << rounded(map, kIdOutputVoltageS) << rounded(map, kIdOutputVoltageT) << "V";
+    qCDebug(lcRtThreeGraph) << "refreshed: output R/S/T" << phaseValue(map, UpsPoint::OutputVoltage, 0)
+                            << phaseValue(map, UpsPoint::OutputVoltage, 1)
+                            << phaseValue(map, UpsPoint::OutputVoltage, 2) << "V";
 }

@@ -4,7 +4,6 @@
 #include "msgbox.h"
 
 #include <QButtonGroup>
-#include <QCoreApplication>
 #include <QFont>
 #include <QLoggingCategory>
 #include <QRegularExpression>
@@ -12,20 +11,11 @@
 #include <QSettings>
 
 #include "inifilecheck.h"
+#include "upscontract.h"
 
 namespace {
 
 Q_LOGGING_CATEGORY(lcSetInfo, "orvek.view.setinfo")
-
-// Control ids understood by the device client.
-enum ControlId {
-    CtrlSelfTest = 1003,
-    CtrlDischargeToLow = 1005,
-    CtrlCancelTest = 1006,
-    CtrlShutdown = 1007,
-    CtrlStandby = 1008,
-    CtrlCancelShutdown = 1013
-};
 
 // Button group ids of the two choice groups.
 enum TestChoice { TestSelf = 0, TestDischarge = 1, TestCancel = 2 };
@@ -117,10 +107,7 @@ void SetInfoForm::setCurrentName(QString name)
 
 QString SetInfoForm::configFilePath()
 {
-    QString dir = QCoreApplication::applicationDirPath();
-    dir.replace(QLatin1String("\\"), QLatin1String("/"));
-    return dir + QLatin1String("/KSVO/") + QLatin1String("Quoranet") + QLatin1String("/db")
-        + QLatin1String("/dev.ini");
+    return UpsConfig::filePath();
 }
 
 void SetInfoForm::InitSettingFormInfo()
@@ -129,7 +116,7 @@ void SetInfoForm::InitSettingFormInfo()
     int protocol = 0;
     if (!IniFileCheck::unsafeLine(configFilePath())) {
         QSettings settings(configFilePath(), QSettings::IniFormat);
-        protocol = settings.value(currentName + QLatin1String("/protocol")).toInt();
+        protocol = settings.value(UpsConfig::key(currentName, UpsConfig::Protocol)).toInt();
     }
     if (protocol == kStandbyProtocol)
         return; // nothing to change; rows hidden earlier stay hidden
@@ -150,9 +137,9 @@ void SetInfoForm::RefreshSettingInfo()
 int SetInfoForm::control(int id, QString value)
 {
     QMap<QString, QVariant> map;
-    map.insert(QStringLiteral("name"), currentName);
-    map.insert(QStringLiteral("controlId"), id);
-    map.insert(QStringLiteral("controlValue"), value);
+    map.insert(UpsKey::Name, currentName);
+    map.insert(UpsKey::ControlId, id);
+    map.insert(UpsKey::ControlValue, value);
     emit postDEvent(id, map);
     return 0; // like CollectView::control, the result carries no meaning
 }
@@ -175,13 +162,13 @@ void SetInfoForm::on_DevTest_OK_clicked()
     qCDebug(lcSetInfo) << "on_DevTest_OK_clicked" << choice;
     switch (choice) {
     case TestDischarge:
-        control(CtrlDischargeToLow, QString());
+        control(UpsControl::DischargeToLow, QString());
         break;
     case TestCancel:
-        control(CtrlCancelTest, QString());
+        control(UpsControl::CancelTest, QString());
         break;
     default:
-        control(CtrlSelfTest, QString());
+        control(UpsControl::SelfTest, QString());
         break;
     }
 }
@@ -197,16 +184,16 @@ void SetInfoForm::on_Offset_OK_clicked()
     const int minutes = ui->OffSet_1_Time->text().toInt(nullptr, 10); // invalid or empty: 0
     switch (choice) {
     case OffShutdown:
-        control(CtrlShutdown, QLatin1String(kShutdownValue));
+        control(UpsControl::Shutdown, QLatin1String(kShutdownValue));
         break;
     case OffStandby:
-        control(CtrlStandby, QString::number(minutes * kSecondsPerMinute));
+        control(UpsControl::Standby, QString::number(minutes * kSecondsPerMinute));
         break;
     case OffWakeUp:
-        control(CtrlCancelShutdown, QString());
+        control(UpsControl::CancelShutdown, QString());
         break;
     case OffRestart:
-        control(CtrlStandby, QLatin1String(kRestartValue));
+        control(UpsControl::Standby, QLatin1String(kRestartValue));
         break;
     default:
         break;
