@@ -2,49 +2,15 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QSocketNotifier>
 #include <QTextStream>
 
-#include <csignal>
-#include <sys/socket.h>
-#include <unistd.h>
-
+#include "quitonsignal.h"
 #include "upspoints.h"
 #include "upssimulator.h"
 
 namespace {
 
 constexpr quint16 DefaultPort = 1502;
-
-// SIGINT/SIGTERM end the event loop through a socket pair: the handler only
-// writes one byte, the notifier quits on the event loop's side.
-int signalPipe[2] = {-1, -1};
-
-void onTerminationSignal(int)
-{
-    const char byte = 1;
-    const ssize_t written = ::write(signalPipe[0], &byte, 1);
-    Q_UNUSED(written)
-}
-
-bool installTerminationHandlers(QCoreApplication &app)
-{
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0)
-        return false;
-    auto *notifier = new QSocketNotifier(signalPipe[1], QSocketNotifier::Read, &app);
-    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier]() {
-        notifier->setEnabled(false);
-        char byte;
-        const ssize_t got = ::read(signalPipe[1], &byte, 1);
-        Q_UNUSED(got)
-        QCoreApplication::quit();
-    });
-    struct sigaction action = {};
-    action.sa_handler = onTerminationSignal;
-    sigemptyset(&action.sa_mask);
-    action.sa_flags = SA_RESTART;
-    return ::sigaction(SIGINT, &action, nullptr) == 0 && ::sigaction(SIGTERM, &action, nullptr) == 0;
-}
 
 // User-facing texts of the tool; the log lines stay untranslated for scripts.
 QString tr(const char *text)
@@ -130,8 +96,10 @@ int main(int argc, char *argv[])
         out << now() << " alarm " << number << (active ? " raised" : " cleared") << Qt::endl;
     });
 
-    if (!installTerminationHandlers(app))
+    QuitOnSignal quitOnSignal;
+    if (!quitOnSignal.isInstalled())
         err << tr("cannot install signal handlers") << Qt::endl;
+    QObject::connect(&quitOnSignal, &QuitOnSignal::signalled, &app, &QCoreApplication::quit);
     if (!simulator.start(parser.value(addressOption), quint16(port)))
         return 2;
     simulator.setScenario(scenario);

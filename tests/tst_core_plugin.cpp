@@ -6,11 +6,12 @@
 #include "collectthread.h"
 #include "collectview.h"
 #include "orvekclient.h"
+#include "testconfig.h"
 
 namespace {
 QString pluginPath()
 {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/libOrvekClient.so");
+    return builtBinaryDir() + QStringLiteral("/libOrvekClient.so");
 }
 } // namespace
 
@@ -107,3 +108,4 @@ void TestPlugin::utfToChinaRepairsLatin1()
 
 QTEST_MAIN(TestPlugin)
 #include "tst_core_plugin.moc"
+

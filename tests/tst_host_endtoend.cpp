@@ -55,7 +55,7 @@ void TestHostEndToEnd::initTestCase()
     QVERIFY(m_sim.start(QStringLiteral("127.0.0.1"), 0));
     HostTest::writeDevice(QLatin1String(kDevice), m_sim.port());
     m_host.reset(new DeviceHost(m_logs.path()));
-    QCOMPARE(m_host->loadPlugins(QCoreApplication::applicationDirPath()), 1);
+    QCOMPARE(m_host->loadPlugins(builtBinaryDir()), 1);
     m_host->setUserInfo(QStringLiteral("operator"), 1);
     QCOMPARE(m_host->startDevices(HostTest::entries({kDevice})), 1);
     QTRY_COMPARE_WITH_TIMEOUT(session()->status().state, DeviceStatus::State::Communicating, kConnectMs);

@@ -249,7 +249,7 @@ void TestHostFaults::hostStartsPastBrokenFiles()
 {
     // A copy of the application folder: the host and the plug-in read
     // dev.ini and write logs below it.
-    const QDir bin(QCoreApplication::applicationDirPath());
+    const QDir bin(builtBinaryDir());
     QVERIFY2(bin.exists(QStringLiteral("orvek-host")), "build the orvek-host target first");
     QTemporaryDir app;
     for (const char *file : {"orvek-host", "libOrvekClient.so", "libCollectContract.so"})

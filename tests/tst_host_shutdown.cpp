@@ -87,7 +87,7 @@ void TestHostShutdown::stopWhileClientsAreBlocked()
 
     QTemporaryDir logs;
     DeviceHost host(logs.path());
-    QCOMPARE(host.loadPlugins(QCoreApplication::applicationDirPath()), 1);
+    QCOMPARE(host.loadPlugins(builtBinaryDir()), 1);
     QCOMPARE(host.startDevices(HostTest::entries({kPausing, kBlocked})), 2);
     QTest::qWait(kSettleMs);
     QVERIFY(host.session(QLatin1String(kPausing))->isRunning());

@@ -180,16 +180,16 @@ void TestHostUnits::stateColours()
 void TestHostUnits::pluginFolders()
 {
     PluginHost plugins;
-    QCOMPARE(plugins.loadFolder(QCoreApplication::applicationDirPath()), 1);
+    QCOMPARE(plugins.loadFolder(builtBinaryDir()), 1);
     QCOMPARE(plugins.classNames(), QStringList{QStringLiteral("OrvekClient")});
     QVERIFY(qobject_cast<OrvekClient *>(plugins.factory()));
     QCOMPARE(plugins.factory(QStringLiteral("OrvekClient")), plugins.factory());
     QVERIFY(!plugins.factory(QStringLiteral("SomeOtherClient")));
-    QCOMPARE(plugins.loadFolder(QCoreApplication::applicationDirPath()), 1); // nothing added twice
+    QCOMPARE(plugins.loadFolder(builtBinaryDir()), 1); // nothing added twice
 
     // A library that is no plug-in, and a file that only looks like one.
     QTemporaryDir dir;
-    const QString contract = QCoreApplication::applicationDirPath() + QStringLiteral("/libCollectContract.so");
+    const QString contract = builtBinaryDir() + QStringLiteral("/libCollectContract.so");
     QVERIFY(QFile::copy(contract, dir.filePath(QStringLiteral("libCollectContract.so"))));
     QFile junk(dir.filePath(QStringLiteral("libjunk.so")));
     QVERIFY(junk.open(QIODevice::WriteOnly));

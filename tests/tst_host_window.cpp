@@ -72,7 +72,7 @@ void TestHostWindow::initTestCase()
     HostTest::writeDevice(QLatin1String(kThree), m_three.port(), 5);
 
     m_host.reset(new DeviceHost(m_logs.path()));
-    QCOMPARE(m_host->loadPlugins(QCoreApplication::applicationDirPath()), 1);
+    QCOMPARE(m_host->loadPlugins(builtBinaryDir()), 1);
     m_host->setUserInfo(QStringLiteral("operator"), 1);
     QCOMPARE(m_host->startDevices(HostTest::entries({kSingle, kThree})), 2);
     m_window.reset(new MainWindow(m_host.get()));

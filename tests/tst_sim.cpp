@@ -102,7 +102,7 @@ void TestSim::registerWrites()
 
 void TestSim::commandLineTool()
 {
-    const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/orvek-sim");
+    const QString program = builtBinaryDir() + QStringLiteral("/orvek-sim");
     if (!QFileInfo::exists(program))
         QSKIP("orvek-sim is not built");
 

@@ -9,8 +9,16 @@
 
 #include "upscontract.h"
 
+// The folder holding the plug-in, libCollectContract, orvek-host and
+// orvek-sim. Each test binary runs from a folder of its own, so this is not
+// the application folder.
+inline QString builtBinaryDir()
+{
+    return QStringLiteral(ORVEK_BIN_DIR);
+}
+
 // Writes one device group into the dev.ini that the plug-in reads below the
-// test binary's directory. Each test uses its own group names.
+// test binary's own application folder.
 inline void writeDeviceConfig(const QString &device, const QVariantMap &values)
 {
     const QString path = UpsConfig::filePath();

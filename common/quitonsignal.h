@@ -6,7 +6,7 @@
 class QSocketNotifier;
 
 // Turns SIGINT and SIGTERM into a normal end of the event loop, so that the
-// host stops its clients in order. The handler only writes a byte into a
+// host stops its clients in order and the agent closes its port. The handler only writes a byte into a
 // socket pair; the quit happens on the event loop's side.
 class QuitOnSignal : public QObject
 {

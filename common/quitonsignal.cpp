@@ -20,8 +20,13 @@ QuitOnSignal::QuitOnSignal(QObject *parent)
     action.sa_handler = &QuitOnSignal::handler;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
+    if (::sigaction(SIGINT, &action, nullptr) != 0 || ::sigaction(SIGTERM, &action, nullptr) != 0) {
+        delete m_notifier;
+        m_notifier = nullptr;
+        ::close(s_fds[0]);
+        ::close(s_fds[1]);
+        s_fds[0] = s_fds[1] = -1;
+    }
 }
 
 QuitOnSignal::~QuitOnSignal()
