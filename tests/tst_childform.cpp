@@ -1,46 +1,31 @@
-// Device tab container: user level gating, which page a refresh or a tab
-// change reaches, hostile data on every page, and screenshots of all tabs.
+// Device tab container: the tabs, the name reaching the pages, user level
+// gating, which page a refresh or a tab change reaches, and hostile data on
+// every page.
 
-#include <QDir>
-#include <QFileInfo>
 #include <QRadioButton>
-#include <QScopeGuard>
-#include <QSettings>
+#include <QScrollArea>
+#include <QSignalSpy>
 #include <QTabWidget>
 #include <QtTest>
 
-#include "chartscreenshots.h"
 #include "childform.h"
 #include "energyline.h"
 #include "rateinfoform.h"
 #include "rteventform.h"
 #include "setinfoform.h"
+#include "testconfig.h"
 #include "viewsampledata.h"
 
 using DataMap = QMap<int, QVariant>;
 
 namespace {
 
-// The simulated agent's map with a couple of active alarms, so that the
-// alarm page has rows to show.
-DataMap fullMap(bool threePhase)
+// A device group with the given protocol, named after the running test row.
+QString deviceWithProtocol(int protocol)
 {
-    DataMap map = ChartScreenshots::agentImage(threePhase);
-    map[threePhase ? 2016 : 2019] = 1;
-    if (threePhase)
-        map[2023] = 1;
-    map.insert(4014, QStringLiteral("127.0.1.10"));
-    return map;
-}
-
-// Writes the protocol of a device group; the group is removed again when the
-// returned guard goes out of scope.
-auto deviceWithProtocol(const QString &device, int protocol)
-{
-    const QString path = SetInfoForm::configFilePath();
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QSettings(path, QSettings::IniFormat).setValue(device + QStringLiteral("/protocol"), protocol);
-    return qScopeGuard([path, device] { QSettings(path, QSettings::IniFormat).remove(device); });
+    const QString device = QStringLiteral("childform-%1").arg(QLatin1String(QTest::currentDataTag())).replace(' ', '_');
+    writeDeviceConfig(device, {{QStringLiteral("protocol"), protocol}});
+    return device;
 }
 
 } // namespace
@@ -50,33 +35,61 @@ class TestChildForm : public QObject
     Q_OBJECT
 
 private slots:
-    void userLevelGatesControlPage_data();
+    void tabsInOrder();
+    void nameReachesPages();
     void userLevelGatesControlPage();
     void refreshReachesOnlyVisiblePage_data();
     void refreshReachesOnlyVisiblePage();
     void hostileDataOnEveryTab();
-    void screenshots_data();
-    void screenshots();
 };
 
-void TestChildForm::userLevelGatesControlPage_data()
+void TestChildForm::tabsInOrder()
 {
-    QTest::addColumn<int>("level");
-    QTest::addColumn<bool>("enabled");
-    QTest::newRow("0") << 0 << false;
-    QTest::newRow("1") << 1 << true;
+    ChildForm form;
+    QTabWidget *tabs = form.tabs();
+    QCOMPARE(tabs->objectName(), QStringLiteral("devStacketTable"));
+    QStringList titles;
+    for (int tab = 0; tab < tabs->count(); ++tab)
+        titles << tabs->tabText(tab);
+    QCOMPARE(titles, (QStringList{"EnergyLine", "RT-Alarm", "Detail", "Control"}));
+    QCOMPARE(tabs->widget(ChildForm::EnergyTab), form.energyPage);
+    QCOMPARE(tabs->widget(ChildForm::AlarmTab), form.alarmPage);
+    auto *scroll = qobject_cast<QScrollArea *>(tabs->widget(ChildForm::RateTab));
+    QVERIFY(scroll && scroll->widget() == form.ratePage && scroll->widgetResizable());
+    QCOMPARE(tabs->widget(ChildForm::ControlTab), form.controlPage);
+}
+
+void TestChildForm::nameReachesPages()
+{
+    // Protocol 2 keeps the standby row: a control page that missed the name
+    // would read protocol 0 and hide it.
+    const QString device = deviceWithProtocol(2);
+    ChildForm form;
+    form.setName(device);
+    QCOMPARE(form.name, device);
+    QCOMPARE(form.alarmPage->name(), device);
+    QCOMPARE(form.ratePage->currentName, device);
+    form.tabs()->setCurrentIndex(ChildForm::ControlTab);
+    removeDeviceConfig(device);
+    QVERIFY(!form.controlPage->findChild<QRadioButton *>("OffSet_1")->isHidden());
+
+    // Requests of the control page leave through the view, with the name.
+    QSignalSpy spy(&form, &CollectView::postDEvent);
+    form.controlPage->control(1003, QString());
+    QCOMPARE(spy.count(), 1);
+    const auto request = spy.at(0).at(1).value<QMap<QString, QVariant>>();
+    QCOMPARE(request.value("name").toString(), device);
 }
 
 void TestChildForm::userLevelGatesControlPage()
 {
-    QFETCH(int, level);
-    QFETCH(bool, enabled);
+    // Only the Control tab follows the level, in both directions.
     ChildForm form;
-    // Start from the opposite state so that both directions are exercised.
-    form.setUserInfo(QStringLiteral("op"), enabled ? 0 : 1);
-    form.setUserInfo(QStringLiteral("op"), level);
-    QCOMPARE(form.controlPage->isEnabled(), enabled);
-    QVERIFY(form.energyPage->isEnabled() && form.ratePage->isEnabled()); // only the Control tab
+    for (int level : {1, 0, 2, -1}) {
+        form.setUserInfo(QStringLiteral("op"), level);
+        QCOMPARE(form.controlPage->isEnabled(), level >= 1);
+        QVERIFY(form.energyPage->isEnabled() && form.ratePage->isEnabled());
+    }
 }
 
 void TestChildForm::refreshReachesOnlyVisiblePage_data()
@@ -95,21 +108,21 @@ void TestChildForm::refreshReachesOnlyVisiblePage()
     QFETCH(int, tab);
     QFETCH(bool, byTabChange);
     // Protocol 1 has no restart row; the Control tab reads it when it is shown.
-    const QString device = QStringLiteral("viewsb-childform-%1").arg(QCoreApplication::applicationPid());
-    const auto removeDevice = deviceWithProtocol(device, 1);
+    const QString device = deviceWithProtocol(1);
     ChildForm form;
     form.setName(device);
     form.tabs()->setCurrentIndex(byTabChange ? 3 : tab);
     const QString energy = form.energyPage->inputVoltage();
     const int alarms = form.alarmPage->recordedAlarmCount();
     const DataMap rated = form.ratePage->lastData();
-    const DataMap data = fullMap(byTabChange);
+    const DataMap data = ViewSampleData::deviceData(byTabChange);
     form.flushData(data);
     QCOMPARE(form.ratePage->lastData(), rated); // flushData alone shows nothing
     if (byTabChange)
         form.tabs()->setCurrentIndex(tab);
     else
         form.refreshData();
+    removeDeviceConfig(device);
     QCOMPARE(form.currentTab, tab);
     QCOMPARE(form.energyPage->inputVoltage() != energy, tab == 0);
     QCOMPARE(form.alarmPage->recordedAlarmCount() != alarms, tab == 1);
@@ -119,58 +132,18 @@ void TestChildForm::refreshReachesOnlyVisiblePage()
 
 void TestChildForm::hostileDataOnEveryTab()
 {
+    // Every page takes a broken agent's map and an empty one without harm.
     ChildForm form;
     form.show();
     QVERIFY(QTest::qWaitForWindowExposed(&form));
     for (int tab = 0; tab < form.tabs()->count(); ++tab) {
         form.tabs()->setCurrentIndex(tab);
-        form.flushData(ViewSampleData::hostileData());
-        form.refreshData();
-        QVERIFY(!form.grab().isNull()); // paints the visible page with the data
-        form.flushData(DataMap());
-        form.refreshData();
+        for (const DataMap &data : {ViewSampleData::hostileData(), DataMap()}) {
+            form.flushData(data);
+            form.refreshData();
+            form.repaint();
+        }
         QCOMPARE(form.currentTab, tab);
-    }
-}
-
-void TestChildForm::screenshots_data()
-{
-    QTest::addColumn<bool>("threePhase");
-    QTest::newRow("single") << false;
-    QTest::newRow("three") << true;
-}
-
-void TestChildForm::screenshots()
-{
-    if (!ChartScreenshots::enabled())
-        QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the pictures");
-    QFETCH(bool, threePhase);
-    const QLatin1String phase(threePhase ? "three" : "single");
-    ChartScreenshots::useDesktopFont();
-
-    // Embedded like the host does it: a child widget keeps the default size
-    // even where a page asks for more.
-    QWidget host;
-    host.resize(741, 483);
-    auto *form = new ChildForm;
-    form->setParent(&host);
-    form->setGeometry(0, 0, 741, 483);
-    // The three-phase unit speaks the protocol with standby minutes and restart.
-    const QString device = QStringLiteral("viewsb-shot-%1-%2").arg(phase).arg(QCoreApplication::applicationPid());
-    const auto removeDevice = deviceWithProtocol(device, threePhase ? 2 : 1);
-    form->setName(device);
-    form->setUserInfo(QStringLiteral("admin"), 2);
-    host.show();
-    QVERIFY(QTest::qWaitForWindowExposed(&host));
-    form->flushData(fullMap(threePhase));
-    const char *names[] = {"energyline", "alarm", "detail", "control"};
-    for (int tab = 0; tab < 4; ++tab) {
-        form->tabs()->setCurrentIndex(tab);
-        form->refreshData();
-        QTest::qWait(150); // one animation step of the diagram
-        QCOMPARE(form->size(), QSize(741, 483));
-        const QString file = QStringLiteral("childform-%1-%2.png").arg(QLatin1String(names[tab]), phase);
-        QVERIFY(!ChartScreenshots::save(form, file).isEmpty());
     }
 }
 

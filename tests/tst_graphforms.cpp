@@ -1,15 +1,14 @@
-// Single- and three-phase graphic pages: what a refresh puts on the gauges,
-// the trend curves and the legends, values that are missing, out of range or
-// of the wrong type, initialisation after data, and gauge proportions; the
-// chart page container that holds both pages and feeds the current one.
+// Single- and three-phase graphic pages: gauge set-up, what a refresh puts on
+// the gauges, curves and legends (missing, out of range and wrongly typed values
+// included), initialisation, gauge proportions, and the chart page container.
 
 #include <QLabel>
 #include <QtTest>
 
 #include <limits>
+#include <memory>
 
 #include "chartform.h"
-#include "chartscreenshots.h"
 #include "datachart.h"
 #include "dynamicchart.h"
 #include "gaugedialkeeper.h"
@@ -21,52 +20,47 @@ using DataPoints = QMap<int, QVariant>;
 
 namespace {
 
-const QSize kPageSize(900, 680);
-
-// Gauge and legend texts of the named widgets, joined with ' '.
-QString texts(QWidget *form, std::initializer_list<const char *> names)
+// Gauge values, legends and the newest sample of each curve ("nan" when
+// empty), a group of names per section, sections joined with " | ".
+QString view(QWidget *form, std::initializer_list<std::initializer_list<const char *>> sections)
 {
     QStringList out;
-    for (const char *name : names) {
-        if (auto *chart = form->findChild<DataChart *>(QLatin1String(name)))
-            out << chart->valueText();
-        else if (auto *label = form->findChild<QLabel *>(QLatin1String(name)))
-            out << label->text().remove(QStringLiteral("Current value:"));
-        else
-            out << QStringLiteral("<missing %1>").arg(QLatin1String(name));
+    for (const auto &names : sections) {
+        QStringList texts;
+        for (const char *name : names) {
+            if (auto *chart = form->findChild<DataChart *>(QLatin1String(name)))
+                texts << chart->valueText();
+            else
+                texts << form->findChild<QLabel *>(QLatin1String(name))->text().remove(QStringLiteral("Current value:"));
+        }
+        if (names.size() == 0) { // the trend chart's section
+            const TrendChart *chart = form->findChild<TrendChart *>();
+            for (int k = 0; k < chart->curveCount(); ++k)
+                texts << QString::number(chart->bufferData(k).value(0, std::numeric_limits<double>::quiet_NaN()));
+        }
+        out << texts.join(QLatin1Char(' '));
     }
-    return out.join(QLatin1Char(' '));
+    return out.join(QStringLiteral(" | "));
 }
 
-// Newest sample of each curve ("nan" for an empty buffer).
-QString newestSamples(const TrendChart *chart)
+QString singleView(QWidget *form)
 {
-    QStringList newest;
-    for (int k = 0; k < chart->curveCount(); ++k)
-        newest << QString::number(chart->bufferData(k).value(0, std::numeric_limits<double>::quiet_NaN()));
-    return newest.join(QLatin1Char(' '));
-}
-
-// Gauges, trend curves and legends of the single-phase page.
-QString singleView(RTSingleGraphForm *form)
-{
-    return texts(form, {"widget_load", "widget_outload", "widget_temp", "widget_input_freq", "widget_out_freq",
-                        "widget_by_freq"})
-        + " | " + newestSamples(form->findChild<DynamicChart *>()) + " | "
-        + texts(form, {"value_input", "value_output", "value_batt", "value_bypass"});
+    return view(form, {{"widget_load", "widget_outload", "widget_temp", "widget_input_freq", "widget_out_freq",
+                        "widget_by_freq"},
+                       {},
+                       {"value_input", "value_output", "value_batt", "value_bypass"}});
 }
 
 // Gauges, readouts (input voltage and frequency, bypass voltage), curves and
-// legends (output voltage and load) of the three-phase page.
-QString threeView(RTThreeGraphForm *form)
+// legends (output voltage and load).
+QString threeView(QWidget *form)
 {
-    return texts(form, {"widget_capacity", "widget_temp", "widget_outload", "widget_out_freq", "widget_by_freq"})
-        + " | "
-        + texts(form, {"value_in_vol_r", "value_in_vol_s", "value_in_vol_t", "value_in_freq_r", "value_in_freq_s",
-                       "value_in_freq_t", "value_by_vol_r", "value_by_vol_s", "value_by_vol_t"})
-        + " | " + newestSamples(form->findChild<ThreeDynamicChart *>()) + " | "
-        + texts(form, {"value_out_vol_r", "value_out_vol_s", "value_out_vol_t", "value_out_load_r",
-                       "value_out_load_s", "value_out_load_t"});
+    return view(form, {{"widget_capacity", "widget_temp", "widget_outload", "widget_out_freq", "widget_by_freq"},
+                       {"value_in_vol_r", "value_in_vol_s", "value_in_vol_t", "value_in_freq_r", "value_in_freq_s",
+                        "value_in_freq_t", "value_by_vol_r", "value_by_vol_s", "value_by_vol_t"},
+                       {},
+                       {"value_out_vol_r", "value_out_vol_s", "value_out_vol_t", "value_out_load_r",
+                        "value_out_load_s", "value_out_load_t"}});
 }
 
 } // namespace
@@ -77,44 +71,55 @@ class TestGraphForms : public QObject
 
 private slots:
     void init();
-    void cleanup();
+    void singlePageGauges_data();
+    void singlePageGauges();
     void refresh_data();
     void refresh();
-    void gaugesKeepProportions_data();
     void gaugesKeepProportions();
-    void chartFormFeedsCurrentPageOnly_data();
     void chartFormFeedsCurrentPageOnly();
-    void screenshots_data();
-    void screenshots();
 
 private:
-    void feed(bool threePhase, const DataPoints &points)
-    {
-        threePhase ? three->RefreshRtChartInfo(points) : single->RefreshRtSingleChartInfo(points);
-    }
-    QString view(bool threePhase) const { return threePhase ? threeView(three) : singleView(single); }
+    QWidget *page(bool threePhase) const { return threePhase ? static_cast<QWidget *>(three.get()) : single.get(); }
 
-    RTSingleGraphForm *single = nullptr;
-    RTThreeGraphForm *three = nullptr;
+    std::unique_ptr<RTSingleGraphForm> single;
+    std::unique_ptr<RTThreeGraphForm> three;
 };
 
 void TestGraphForms::init()
 {
-    single = new RTSingleGraphForm;
-    three = new RTThreeGraphForm;
+    single.reset(new RTSingleGraphForm);
+    three.reset(new RTThreeGraphForm);
     // A trend chart sizes its sample buffers from the plot box of its last paint.
-    for (QWidget *form : {static_cast<QWidget *>(single), static_cast<QWidget *>(three)}) {
-        form->resize(kPageSize);
-        form->grab();
+    for (bool threePhase : {false, true}) {
+        page(threePhase)->resize(900, 680);
+        page(threePhase)->grab();
+        QVERIFY(page(threePhase)->findChild<TrendChart *>()->maxPoints() > 10);
     }
-    QVERIFY(single->findChild<DynamicChart *>()->maxPoints() > 10);
-    QVERIFY(three->findChild<ThreeDynamicChart *>()->maxPoints() > 10);
 }
 
-void TestGraphForms::cleanup()
+void TestGraphForms::singlePageGauges_data()
 {
-    delete single;
-    delete three;
+    QTest::addColumn<QString>("gauge");
+    QTest::addColumn<QString>("range"); // min..max unit
+    QTest::addColumn<QList<int>>("colours"); // 0 green, 1 yellow, 2 red
+    QTest::addColumn<QList<int>>("thresholds");
+
+    QTest::newRow("battery") << "widget_load" << "0..100 %" << QList<int>{2, 1, 0} << QList<int>{30, 60, 100};
+    QTest::newRow("load") << "widget_outload" << "0..160 %" << QList<int>{0, 1, 2} << QList<int>{100, 120, 160};
+    QTest::newRow("temperature") << "widget_temp" << "0..100 C" << QList<int>{0, 2} << QList<int>{100, 120};
+    for (const char *gauge : {"widget_input_freq", "widget_out_freq", "widget_by_freq"})
+        QTest::newRow(gauge) << gauge << "0..100 Hz" << QList<int>{2, 0, 2} << QList<int>{40, 60, 100};
+}
+
+void TestGraphForms::singlePageGauges()
+{
+    QFETCH(QString, gauge);
+    auto *dial = single->findChild<DataChart *>(gauge);
+    QVERIFY(dial);
+    QTEST(QStringLiteral("%1..%2 %3").arg(dial->getMinValue()).arg(dial->getMaxValue()).arg(dial->getUnitText()),
+          "range");
+    QTEST(dial->getColorIndexes(), "colours");
+    QTEST(dial->getRadioValues(), "thresholds");
 }
 
 void TestGraphForms::refresh_data()
@@ -164,32 +169,23 @@ void TestGraphForms::refresh()
 {
     QFETCH(bool, threePhase);
     QFETCH(DataPoints, points);
-    feed(threePhase, points);
-    QTEST(view(threePhase), "expected");
+    const auto shown = [this, threePhase] { return threePhase ? threeView(three.get()) : singleView(single.get()); };
+    threePhase ? three->RefreshRtChartInfo(points) : single->RefreshRtSingleChartInfo(points);
+    QTEST(shown(), "expected");
     // Every curve got exactly one (doubled first) sample, so none is empty at paint time.
-    const TrendChart *chart = threePhase ? static_cast<TrendChart *>(three->findChild<ThreeDynamicChart *>())
-                                         : single->findChild<DynamicChart *>();
+    const TrendChart *chart = page(threePhase)->findChild<TrendChart *>();
     for (int k = 0; k < chart->curveCount(); ++k)
         QCOMPARE(chart->curveMap().value(k).size(), 2);
 
     // Initialisation: true keeps everything, false clears; 0 lies inside every
     // range, so even the temperature gauge shows 0 until the next refresh.
-    const QString before = view(threePhase);
+    const QString before = shown();
     threePhase ? three->InitRTChartFormInfo(true) : single->InitRTChartFormInfo(true);
-    QCOMPARE(view(threePhase), before);
+    QCOMPARE(shown(), before);
     threePhase ? three->InitRTChartFormInfo(false) : single->InitRTChartFormInfo(false);
-    QCOMPARE(view(threePhase),
-             threePhase ? QStringLiteral("0 0 0 0 0 | 0 0 0 0.0 0.0 0.0 0 0 0 | nan nan nan nan nan nan | "
-                                         "(0) (0) (0) (0) (0) (0)")
-                        : QStringLiteral("0 0 0 0 0 0 | nan nan nan nan | (0) (0) (0) (0)"));
-}
-
-void TestGraphForms::gaugesKeepProportions_data()
-{
-    QTest::addColumn<bool>("threePhase");
-    QTest::addColumn<int>("gaugeCount");
-    QTest::newRow("single-phase") << false << 6;
-    QTest::newRow("three-phase") << true << 5;
+    QCOMPARE(shown(), threePhase ? QStringLiteral("0 0 0 0 0 | 0 0 0 0.0 0.0 0.0 0 0 0 | nan nan nan nan nan nan | "
+                                                  "(0) (0) (0) (0) (0) (0)")
+                                 : QStringLiteral("0 0 0 0 0 0 | nan nan nan nan | (0) (0) (0) (0)"));
 }
 
 void TestGraphForms::gaugesKeepProportions()
@@ -198,92 +194,54 @@ void TestGraphForms::gaugesKeepProportions()
     QCOMPARE(QList<int>({GaugeDialKeeper::dialHeight(105), GaugeDialKeeper::dialHeight(106),
                          GaugeDialKeeper::dialHeight(301), GaugeDialKeeper::dialHeight(384)}),
              QList<int>({60, 61, 158, 200}));
-    QFETCH(bool, threePhase);
-    QWidget *page = threePhase ? static_cast<QWidget *>(three) : static_cast<QWidget *>(single);
-    page->show();
-    QVERIFY(QTest::qWaitForWindowExposed(page));
-    const QList<DataChart *> gauges = page->findChildren<DataChart *>();
-    QTEST(gauges.size(), "gaugeCount");
-    // A wider page gives wider dials, and the height of every one follows.
-    const int narrowWidth = gauges.first()->width();
-    page->resize(1400, 680);
-    QTRY_VERIFY(gauges.first()->width() > narrowWidth);
-    for (DataChart *gauge : gauges) {
-        const int height = GaugeDialKeeper::dialHeight(gauge->width());
-        QTRY_VERIFY2(gauge->minimumHeight() == height && gauge->maximumHeight() == height,
-                     qPrintable(gauge->objectName()));
+    for (bool threePhase : {false, true}) {
+        QWidget *form = page(threePhase);
+        form->show();
+        QVERIFY(QTest::qWaitForWindowExposed(form));
+        const QList<DataChart *> gauges = form->findChildren<DataChart *>();
+        QCOMPARE(gauges.size(), threePhase ? 5 : 6);
+        // A wider page gives wider dials, and the height of every one follows.
+        const int narrowWidth = gauges.first()->width();
+        form->resize(1400, 680);
+        QTRY_VERIFY(gauges.first()->width() > narrowWidth);
+        for (DataChart *gauge : gauges) {
+            const int height = GaugeDialKeeper::dialHeight(gauge->width());
+            QTRY_VERIFY2(gauge->minimumHeight() == height && gauge->maximumHeight() == height,
+                         qPrintable(gauge->objectName()));
+        }
     }
-}
-
-void TestGraphForms::chartFormFeedsCurrentPageOnly_data()
-{
-    QTest::addColumn<bool>("switchToSingle");
-    QTest::newRow("three-phase page as constructed") << false;
-    QTest::newRow("single-phase page chosen") << true;
 }
 
 void TestGraphForms::chartFormFeedsCurrentPageOnly()
 {
-    QFETCH(bool, switchToSingle);
-    ChartForm form;
-    auto *single = form.findChild<RTSingleGraphForm *>(QStringLiteral("page_single"))->findChild<DynamicChart *>();
-    auto *three = form.findChild<RTThreeGraphForm *>(QStringLiteral("page_three"))->findChild<ThreeDynamicChart *>();
-    // Paint each page once so that its chart sizes its buffers, then go back
-    // to the page current after construction (or choose the single one).
-    form.resize(900, 700);
-    const int constructed = form.getCurrentIndex();
-    for (int index : {0, 1}) {
-        form.setCurrentIndex(index);
-        form.grab();
+    // The three-phase page is current after construction; rows with the
+    // single-phase page chosen instead.
+    for (bool switchToSingle : {false, true}) {
+        ChartForm form;
+        auto *single = form.findChild<RTSingleGraphForm *>("page_single")->findChild<DynamicChart *>();
+        auto *three = form.findChild<RTThreeGraphForm *>("page_three")->findChild<ThreeDynamicChart *>();
+        QCOMPARE(form.getCurrentIndex(), 1);
+        form.resize(900, 700);
+        for (int index : {0, 1}) { // each chart sizes its buffers when painted
+            form.setCurrentIndex(index);
+            form.grab();
+        }
+        form.setCurrentIndex(switchToSingle ? 0 : 1);
+        // Output voltage: curve 1 of the single page, curve 0 of the three-phase page.
+        form.refreshFormInfo({{27, 229}, {9, 229}});
+        QCOMPARE(single->bufferData(1).value(0, -1.0), switchToSingle ? 229.0 : -1.0);
+        QCOMPARE(three->bufferData(0).value(0, -1.0), switchToSingle ? -1.0 : 229.0);
+
+        // Initialisation: true keeps everything; false clears the current page only.
+        form.setCurrentIndex(switchToSingle ? 1 : 0);
+        form.refreshFormInfo({{27, 230}, {9, 230}});
+        form.setCurrentIndex(switchToSingle ? 0 : 1);
+        form.initFormInfo(true);
+        QVERIFY(!single->bufferData(1).isEmpty() && !three->bufferData(0).isEmpty());
+        form.initFormInfo(false);
+        QCOMPARE(single->bufferData(1).isEmpty(), switchToSingle);
+        QCOMPARE(three->bufferData(0).isEmpty(), !switchToSingle);
     }
-    form.setCurrentIndex(switchToSingle ? 0 : constructed);
-    QCOMPARE(form.getCurrentIndex(), switchToSingle ? 0 : 1);
-
-    // Output voltage: curve 1 of the single page, curve 0 of the three-phase page.
-    form.refreshFormInfo({{27, 229}, {9, 229}});
-    QCOMPARE(single->bufferData(1).value(0, -1.0), switchToSingle ? 229.0 : -1.0);
-    QCOMPARE(three->bufferData(0).value(0, -1.0), switchToSingle ? -1.0 : 229.0);
-
-    // Initialisation: true keeps everything; false clears the current page only.
-    form.setCurrentIndex(switchToSingle ? 1 : 0);
-    form.refreshFormInfo({{27, 230}, {9, 230}});
-    form.setCurrentIndex(switchToSingle ? 0 : 1);
-    form.initFormInfo(true);
-    QVERIFY(!single->bufferData(1).isEmpty() && !three->bufferData(0).isEmpty());
-    form.initFormInfo(false);
-    QCOMPARE(single->bufferData(1).isEmpty(), switchToSingle);
-    QCOMPARE(three->bufferData(0).isEmpty(), !switchToSingle);
-}
-
-void TestGraphForms::screenshots_data()
-{
-    QTest::addColumn<int>("page"); // 0 single-phase, 1 three-phase, 2 the container
-    QTest::addColumn<QString>("fileName");
-    QTest::newRow("single") << 0 << "rtsinglegraphform.png";
-    QTest::newRow("three") << 1 << "rtthreegraphform.png";
-    QTest::newRow("container") << 2 << "chartform.png";
-}
-
-void TestGraphForms::screenshots()
-{
-    if (!ChartScreenshots::enabled())
-        QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the screenshots");
-    QFETCH(int, page);
-    QFETCH(QString, fileName);
-
-    // Pages made again after the font change: widgets keep the font they were created with.
-    ChartScreenshots::useDesktopFont();
-    cleanup();
-    init();
-    ChartForm container;
-    container.setCurrentName(QStringLiteral("UPS-3"));
-    QWidget *form = page == 2 ? &container : page == 1 ? static_cast<QWidget *>(three) : single;
-    QVERIFY(ChartScreenshots::showOffscreen(form, page == 2 ? QSize(900, 700) : kPageSize));
-    container.initFormInfo(false);
-    // A minute of the agent's demo story: mains failure, battery, mains return.
-    for (const DataPoints &points : ChartScreenshots::agentStory(page != 0, 60))
-        page == 2 ? container.refreshFormInfo(points) : feed(page == 1, points);
-    QVERIFY(!ChartScreenshots::save(form, fileName).isEmpty());
 }
 
 QTEST_MAIN(TestGraphForms)
