@@ -4,6 +4,7 @@
 #include <QMutexLocker>
 
 #include "upsalarms.h"
+#include "upscatalogue.h"
 #include "upsformat.h"
 #include "upspoints.h"
 
@@ -97,11 +98,11 @@ OrvekFont::OrvekFont(QObject *parent)
     : QObject(parent)
 {
     for (int id : kDataTitleIds)
-        dataLogTexts << tr(UpsPoints::info(id).title);
+        dataLogTexts << title(UpsCatalogue::List::Titles, id);
     for (int id : kThreePhaseTitleIds)
-        dataLogTexts << tr(UpsPoints::info(id).titleThree);
+        dataLogTexts << title(UpsCatalogue::List::ThreePhaseTitles, id);
     for (int id : kRatedTitleIds)
-        ratedTexts << tr(UpsPoints::info(id).title);
+        ratedTexts << title(UpsCatalogue::List::Titles, id);
     batteryStatusTexts = codeTexts(UpsPoints::CodeList::BatteryStatus);
     outputSourceTexts = codeTexts(UpsPoints::CodeList::OutputSource);
     eventLogTexts = UpsAlarms::eventTexts(staticMetaObject.className());
@@ -109,19 +110,23 @@ OrvekFont::OrvekFont(QObject *parent)
 
 QVector<QString> OrvekFont::codeTexts(UpsPoints::CodeList list)
 {
-    int count = 0;
-    const char *const *texts = UpsPoints::codeTexts(list, &count);
     QVector<QString> translated;
-    for (int i = 0; i < count; ++i)
-        translated << tr(texts[i]);
+    const UpsCatalogue::List texts = UpsPoints::codeList(list);
+    for (int i = 0; i < UpsCatalogue::codeCount(texts); ++i)
+        translated << UpsCatalogue::text(texts, staticMetaObject.className(), i);
     return translated;
+}
+
+QString OrvekFont::title(UpsCatalogue::List list, int id)
+{
+    return UpsCatalogue::text(list, staticMetaObject.className(), id);
 }
 
 QStringList OrvekFont::getDataLogDesc()
 {
     QStringList titles;
     for (const LogColumn &column : kLogColumns)
-        titles << tr(UpsPoints::info(column.id).title);
+        titles << title(UpsCatalogue::List::Titles, column.id);
     return titles;
 }
 

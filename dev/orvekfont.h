@@ -10,6 +10,7 @@
 #include <QVariant>
 #include <QVector>
 
+#include "upscatalogue.h"
 #include "upspoints.h"
 
 // The plug-in's dictionary of display texts: data-log column titles, event
@@ -37,6 +38,7 @@ public:
 private:
     explicit OrvekFont(QObject *parent = nullptr);
     static QVector<QString> codeTexts(UpsPoints::CodeList list);
+    static QString title(UpsCatalogue::List list, int id);
 
     // Published with release order once built, so the unlocked first test in
     // instance() never sees a half-made dictionary.

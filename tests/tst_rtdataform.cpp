@@ -6,7 +6,6 @@
 
 #include <limits>
 
-#include "chartscreenshots.h"
 #include "rtdataform.h"
 
 using DataPoints = QMap<int, QVariant>;
@@ -31,8 +30,6 @@ private slots:
     void values();
     void threePhaseLabels_data();
     void threePhaseLabels();
-    void screenshots_data();
-    void screenshots();
 
 private:
     // Texts of `column` in the given rows, joined with '|'.
@@ -147,28 +144,6 @@ void TestRTDataForm::threePhaseLabels()
     form->InitRTDataFormInfo(); // back to the single-phase labels
     QCOMPARE(cells(kLabelColumn, rows), QStringLiteral("Input voltage(V)|Input power(W)|Output voltage(V)|"
                                                        "Output load(%)|Bypass voltage(V)|Bypass power(W)"));
-}
-
-void TestRTDataForm::screenshots_data()
-{
-    QTest::addColumn<bool>("threePhase");
-    QTest::addColumn<QString>("fileName");
-    QTest::newRow("single") << false << "rtdataform-single.png";
-    QTest::newRow("three") << true << "rtdataform-three.png";
-}
-
-void TestRTDataForm::screenshots()
-{
-    if (!ChartScreenshots::enabled())
-        QSKIP("set ORVEK_WRITE_SCREENSHOTS=1 to write the screenshots");
-    QFETCH(bool, threePhase);
-    QFETCH(QString, fileName);
-    ChartScreenshots::useDesktopFont();
-    RTDataForm page;
-    page.InitRTData();
-    page.RefreshRTDataInfo(ChartScreenshots::agentImage(threePhase));
-    QVERIFY(ChartScreenshots::showOffscreen(&page, QSize(600, 560)));
-    QVERIFY(!ChartScreenshots::save(&page, fileName).isEmpty());
 }
 
 QTEST_MAIN(TestRTDataForm)

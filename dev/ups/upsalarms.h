@@ -36,6 +36,11 @@ enum Number : int {
     ShutdownImminent = 22,
     TestInProgress = 23,
     BatteryDischarge = 26,
+    BatteryEqualization = 27,
+    BatterySwitchOpen = 28,
+    InputSwitchOpen = 29,
+    OutputSwitchOpen = 30,
+    BypassSwitchOpen = 31,
 };
 
 } // namespace UpsAlarm
@@ -69,9 +74,8 @@ constexpr int clearedTextIndex(int number, int eventTextCount = EventTextCount)
 // (2010 battery low, 2009 input fault); 0 for every other alarm.
 int followUpEvent(int number);
 
-// The event texts in list order, translated in context (the source texts
-// belong to the dictionary's context "OrvekFont"). Empty slots and the two
-// "... end" texts stay untranslated.
+// The event texts in list order as the class named context shows them,
+// translated in that context (UpsCatalogue). Empty slots read empty.
 QStringList eventTexts(const char *context);
 
 } // namespace UpsAlarms

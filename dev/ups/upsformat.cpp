@@ -34,6 +34,16 @@ QString numberText(const QMap<int, QVariant> &data, int id, const UpsPoints::Inf
 
 } // namespace
 
+QString noReading()
+{
+    return QStringLiteral("--");
+}
+
+QString joinPhases(const QString (&phases)[kPhaseCount], const char *separators)
+{
+    return phases[0] + QLatin1Char(separators[0]) + phases[1] + QLatin1Char(separators[1]) + phases[2];
+}
+
 bool isThreePhase(const QMap<int, QVariant> &data, UpsPoints::PhaseGroup group, Phases rule)
 {
     if (group == UpsPoints::PhaseGroup::None)
@@ -61,7 +71,9 @@ QString codeText(UpsPoints::CodeList list, int code, int fallbackIndex, const ch
         index = fallbackIndex;
     if (index < 0 || index >= count)
         return QString();
-    return QCoreApplication::translate(context, texts[index]);
+    // A context the catalogue does not mark still gets the English text.
+    const char *source = UpsCatalogue::source(UpsPoints::codeList(list), context, index);
+    return QCoreApplication::translate(context, source ? source : texts[index]);
 }
 
 QString text(const QMap<int, QVariant> &data, int id, const Options &options)
@@ -74,12 +86,12 @@ QString text(const QMap<int, QVariant> &data, int id, const Options &options)
 
     QString text;
     if (isThreePhase(data, point.group, options.phases)) {
+        QString phases[kPhaseCount];
         for (int phase = 0; phase < kPhaseCount; ++phase) {
-            if (phase > 0)
-                text += QLatin1Char(options.separators[phase - 1]);
             const int phaseId = options.firstPhaseForAll ? id : UpsPoints::phaseId(id, phase);
-            text += numberText(data, phaseId, point, options);
+            phases[phase] = numberText(data, phaseId, point, options);
         }
+        text = joinPhases(phases, options.separators);
     } else {
         text = numberText(data, id, point, options);
     }

@@ -39,6 +39,11 @@ QString text(const QMap<int, QVariant> &data, int id, const Options &options = O
 // Whether a point of that group is laid out as R/S/T under a phase rule.
 bool isThreePhase(const QMap<int, QVariant> &data, UpsPoints::PhaseGroup group, Phases rule = Phases::ByCount);
 
+// What a form shows for a reading it does not trust.
+QString noReading();
+// Phase values R, S and T as one text: "R/S/T" with the default separators.
+QString joinPhases(const QString (&phases)[3], const char *separators = "//");
+
 // Text of code n of a list (entry n - 1), translated in context; the entry
 // at fallbackIndex for a code outside the list.
 QString codeText(UpsPoints::CodeList list, int code, int fallbackIndex, const char *context = UpsPoints::CodeContext);

@@ -1,11 +1,13 @@
 #ifndef UPSPOINTS_H
 #define UPSPOINTS_H
 
+#include "upscatalogue.h"
+
 // The data points of a UPS as the client stores them in its DataPointMap:
 // ids 0..72 are the input registers from 0x0101 (unsigned 16-bit), 2000 + n
 // the state of alarm n, 4000..4006 the identity blocks (raw bytes), 4014 the
 // agent's address. The table says how each value reads: scale, unit,
-// decimals, which phase count lays it out, and its title in the data log.
+// decimals and which phase count lays it out.
 
 namespace UpsPoint {
 
@@ -108,11 +110,7 @@ enum class CodeList { None, BatteryStatus, OutputSource, BatteryState };
 
 struct Info
 {
-    int id;
-    // Data-log titles (source texts in the dictionary's context); the
-    // second one heads the R/S/T layout. Null where the log has none.
-    const char *title;
-    const char *titleThree;
+    int id; // titles: UpsCatalogue
     int divisor;          // stored units per shown unit: 10 for tenths
     const char *unit;     // UTF-8, not translated
     int decimals;
@@ -131,9 +129,10 @@ int phaseId(int firstId, int phase);
 // The phase-count point of a group; -1 for PhaseGroup::None.
 int phaseCountId(PhaseGroup group);
 
-// Source texts of a code list in list order, translated in the context
-// named by CodeContext, and their number.
+// English source texts of a code list in list order and their number; each
+// class translates them in its own context (UpsCatalogue marks them there).
 const char *const *codeTexts(CodeList list, int *count);
+UpsCatalogue::List codeList(CodeList list);
 constexpr char CodeContext[] = "OrvekFont";
 
 } // namespace UpsPoints

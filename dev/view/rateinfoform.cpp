@@ -9,6 +9,7 @@
 #include <QLoggingCategory>
 #include <QVBoxLayout>
 
+#include "upscatalogue.h"
 #include "upsformat.h"
 #include "upspoints.h"
 
@@ -81,12 +82,12 @@ namespace {
 
 enum class Panel { Device, Battery, Input, Output, Bypass, Rated };
 
-// One record of a panel: its label and unit (translated in RateInfoForm's
-// context; null: no unit), scale, formatting kind and data point.
+// One record of a panel: its unit (translated in RateInfoForm's context;
+// null: no unit), scale, formatting kind and data point. The label is the
+// point's title in this page's context (UpsCatalogue).
 struct ParamRow
 {
     Panel panel;
-    const char *name;
     const char *unit;
     float scale;
     int kind;
@@ -97,64 +98,61 @@ using P = ParameterInformation;
 
 // In panel order; the order within a panel is the order of its lines.
 const ParamRow kParamRows[] = {
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "UPS model"), nullptr, kUnitScale, P::KindText, UpsPoint::Model},
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "Manufacturer name"), nullptr, kUnitScale, P::KindText,
+    {Panel::Device, nullptr, kUnitScale, P::KindText, UpsPoint::Model},
+    {Panel::Device, nullptr, kUnitScale, P::KindText,
      UpsPoint::Manufacturer},
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "System name"), nullptr, kUnitScale, P::KindText,
+    {Panel::Device, nullptr, kUnitScale, P::KindText,
      UpsPoint::SystemName},
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "UPS ident attached devices"), nullptr, kUnitScale, P::KindText,
+    {Panel::Device, nullptr, kUnitScale, P::KindText,
      UpsPoint::AttachedDevices},
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "UPS software version"), nullptr, kUnitScale, P::KindText,
+    {Panel::Device, nullptr, kUnitScale, P::KindText,
      UpsPoint::UpsSoftware},
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "Agent software version"), nullptr, kUnitScale, P::KindText,
+    {Panel::Device, nullptr, kUnitScale, P::KindText,
      UpsPoint::AgentSoftware},
-    {Panel::Device, QT_TRANSLATE_NOOP("RateInfoForm", "Agent location"), nullptr, kUnitScale, P::KindText,
+    {Panel::Device, nullptr, kUnitScale, P::KindText,
      UpsPoint::AgentLocation},
-    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "V"),
      kTenthScale, P::KindDecimal, UpsPoint::BatteryVoltage},
-    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "A"),
      kTenthScale, P::KindDecimal, UpsPoint::BatteryCurrent},
-    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "remain discharge time:"),
-     QT_TRANSLATE_NOOP("RateInfoForm", "Min"), kUnitScale, P::KindInt, UpsPoint::RemainingMinutes},
-    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery capacity:"), QT_TRANSLATE_NOOP("RateInfoForm", "%"),
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "Min"), kUnitScale, P::KindInt, UpsPoint::RemainingMinutes},
+    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "%"),
      kUnitScale, P::KindInt, UpsPoint::BatteryCapacity},
-    {Panel::Battery, QT_TRANSLATE_NOOP("RateInfoForm", "battery state:"), nullptr, kUnitScale, P::KindCode,
+    {Panel::Battery, nullptr, kUnitScale, P::KindCode,
      UpsPoint::BatteryStatus},
-    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "input voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "V"),
      kUnitScale, P::KindPhaseDecimal, UpsPoint::InputVoltage},
-    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "input current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "A"),
      kTenthScale, P::KindPhaseDecimal, UpsPoint::InputCurrent},
-    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "input frequency:"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+    {Panel::Input, QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
      kTenthScale, P::KindPhaseDecimal, UpsPoint::InputFrequency},
-    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "V"),
      kUnitScale, P::KindPhaseDecimal, UpsPoint::OutputVoltage},
-    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "A"),
      kTenthScale, P::KindPhaseDecimal, UpsPoint::OutputCurrent},
-    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output frequency:"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
      kTenthScale, P::KindDecimal, UpsPoint::OutputFrequency},
-    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output power:"), QT_TRANSLATE_NOOP("RateInfoForm", "(k)W"),
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "(k)W"),
      kUnitScale, P::KindInt, UpsPoint::OutputPower},
-    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "output load percentage:"),
-     QT_TRANSLATE_NOOP("RateInfoForm", "%"), kUnitScale, P::KindInt, UpsPoint::OutputLoad},
-    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "Output Mode:"), nullptr, kUnitScale, P::KindCode,
+    {Panel::Output, QT_TRANSLATE_NOOP("RateInfoForm", "%"), kUnitScale, P::KindInt, UpsPoint::OutputLoad},
+    {Panel::Output, nullptr, kUnitScale, P::KindCode,
      UpsPoint::OutputSource},
-    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "bypass voltage:"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "V"),
      kUnitScale, P::KindPhaseDecimal, UpsPoint::BypassVoltage},
-    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "bypass current:"), QT_TRANSLATE_NOOP("RateInfoForm", "A"),
+    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "A"),
      kTenthScale, P::KindPhaseDecimal, UpsPoint::BypassCurrent},
-    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "bypass frequency:"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+    {Panel::Bypass, QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
      kTenthScale, P::KindDecimal, UpsPoint::BypassFrequency},
-    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated input voltage"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "V"),
      kUnitScale, P::KindDecimal, UpsPoint::RatedInputVoltage},
-    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated input frequency"), QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Hz"),
      kTenthScale, P::KindDecimal, UpsPoint::RatedInputFrequency},
-    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated output voltage"), QT_TRANSLATE_NOOP("RateInfoForm", "V"),
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "V"),
      kUnitScale, P::KindDecimal, UpsPoint::RatedOutputVoltage},
-    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated output frequency"),
-     QT_TRANSLATE_NOOP("RateInfoForm", "Hz"), kTenthScale, P::KindDecimal, UpsPoint::RatedOutputFrequency},
-    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated active power"), QT_TRANSLATE_NOOP("RateInfoForm", "W"),
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Hz"), kTenthScale, P::KindDecimal, UpsPoint::RatedOutputFrequency},
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "W"),
      kUnitScale, P::KindLimitedInt, UpsPoint::RatedActivePower},
-    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "Rated apparent power"), QT_TRANSLATE_NOOP("RateInfoForm", "VA"),
+    {Panel::Rated, QT_TRANSLATE_NOOP("RateInfoForm", "VA"),
      kUnitScale, P::KindInt, UpsPoint::RatedApparentPower},
 };
 
@@ -170,7 +168,8 @@ QList<ParameterInformation *> &RateInfoForm::paramList(int panel)
 void RateInfoForm::buildParams()
 {
     for (const ParamRow &row : kParamRows) {
-        ParameterInformation *p = addParam(paramList(int(row.panel)), tr(row.name),
+        const QString name = UpsCatalogue::text(UpsCatalogue::List::Titles, staticMetaObject.className(), row.id);
+        ParameterInformation *p = addParam(paramList(int(row.panel)), name,
                                            row.unit ? tr(row.unit) : QString(), row.scale, row.kind, row.id);
         if (row.id == UpsPoint::BatteryStatus) {
             p->addCombo(batteryStateTexts());
@@ -313,32 +312,26 @@ QString RateInfoForm::getPvalue(ParameterInformation *p)
         text = QString::number(scaledInt(p, id));
         break;
     case ParameterInformation::KindPhaseInt:
-        text = three ? QStringLiteral("%1/%2/%3")
-                           .arg(scaledInt(p, id))
-                           .arg(scaledInt(p, id + 1))
-                           .arg(scaledInt(p, id + 2))
+        text = three ? UpsFormat::joinPhases({QString::number(scaledInt(p, id)), QString::number(scaledInt(p, id + 1)),
+                                              QString::number(scaledInt(p, id + 2))})
                      : QString::number(scaledInt(p, id));
         break;
     case ParameterInformation::KindPhasePairInt:
-        text = three ? QStringLiteral("%1/%2/%3")
-                           .arg(scaledInt(p, id))
-                           .arg(scaledInt(p, id + 2))
-                           .arg(scaledInt(p, id + 4))
+        text = three ? UpsFormat::joinPhases({QString::number(scaledInt(p, id)), QString::number(scaledInt(p, id + 2)),
+                                              QString::number(scaledInt(p, id + 4))})
                      : QString::number(scaledInt(p, id));
         break;
     case ParameterInformation::KindLimitedInt: {
         const int n = scaledInt(p, id);
-        text = (n > p->maxValue || n < p->minValue) ? QStringLiteral("--") : QString::number(n);
+        text = (n > p->maxValue || n < p->minValue) ? UpsFormat::noReading() : QString::number(n);
         break;
     }
     case ParameterInformation::KindDecimal:
         text = decimalText(scaledDecimal(p, id));
         break;
     case ParameterInformation::KindPhaseDecimal:
-        text = three ? QStringLiteral("%1/%2/%3")
-                           .arg(decimalText(scaledDecimal(p, id)),
-                                decimalText(scaledDecimal(p, id + 1)),
-                                decimalText(scaledDecimal(p, id + 2)))
+        text = three ? UpsFormat::joinPhases({decimalText(scaledDecimal(p, id)), decimalText(scaledDecimal(p, id + 1)),
+                                              decimalText(scaledDecimal(p, id + 2))})
                      : decimalText(scaledDecimal(p, id));
         break;
     case ParameterInformation::KindByteText:

@@ -12,6 +12,7 @@
 
 #include <iterator>
 
+#include "upscatalogue.h"
 #include "upsformat.h"
 #include "upspoints.h"
 
@@ -80,7 +81,7 @@ constexpr int kCodeFallbackIndex = 1;
 UpsFormat::Options valueOptions()
 {
     UpsFormat::Options options;
-    options.context = "RTDataForm";
+    options.context = RTDataForm::staticMetaObject.className();
     options.codeFallback = kCodeFallbackIndex;
     return options;
 }
@@ -141,7 +142,7 @@ void RTDataForm::setupContentsInfo()
     }
 
     for (int row = kFirstValueRow; row <= kLastValueRow; ++row)
-        setItemLabel(row, tr(UpsPoints::info(kRowPoints[row - kFirstValueRow]).title));
+        setItemLabel(row, rowTitle(kRowPoints[row - kFirstValueRow], false));
 
     for (const Section &section : kSections)
         table->setSpan(section.firstRow, kSectionColumn, section.rowSpan, 1);
@@ -150,7 +151,8 @@ void RTDataForm::setupContentsInfo()
 void RTDataForm::InitRTData()
 {
     setValueText(kRowBatteryState,
-                 UpsFormat::codeText(UpsPoints::CodeList::BatteryStatus, 0, kCodeFallbackIndex, "RTDataForm"));
+                 UpsFormat::codeText(UpsPoints::CodeList::BatteryStatus, 0, kCodeFallbackIndex,
+                                    staticMetaObject.className()));
     for (int row = kRowBatteryState + 1; row <= kLastValueRow; ++row)
         setValueText(row, QStringLiteral("0"));
     for (int row : kHiddenRows)
@@ -178,12 +180,12 @@ void RTDataForm::Show_RTData_View(QMap<int, QVariant> map)
     for (int row = kFirstValueRow; row <= kLastValueRow; ++row) {
         const int id = kRowPoints[row - kFirstValueRow];
         if (id == UpsPoint::BatteryTemperature && values.value(id).toInt() > kMaxPlausibleTemperature)
-            setValueText(row, QStringLiteral("--"));
+            setValueText(row, UpsFormat::noReading());
         else
             setValueText(row, UpsFormat::text(values, id, options));
-        const UpsPoints::Info &point = UpsPoints::info(id);
-        if (point.group != UpsPoints::PhaseGroup::None)
-            setItemLabel(row, tr(UpsFormat::isThreePhase(values, point.group) ? point.titleThree : point.title));
+        const UpsPoints::PhaseGroup group = UpsPoints::info(id).group;
+        if (group != UpsPoints::PhaseGroup::None)
+            setItemLabel(row, rowTitle(id, UpsFormat::isThreePhase(values, group)));
     }
 }
 
@@ -211,6 +213,12 @@ void RTDataForm::setPhaseColumnsVisible(bool visible)
 void RTDataForm::setValueText(int row, const QString &text)
 {
     ui->tableWidget->setItem(row, kValueColumn, new QTableWidgetItem(text));
+}
+
+QString RTDataForm::rowTitle(int id, bool threePhase) const
+{
+    return UpsCatalogue::text(threePhase ? UpsCatalogue::List::ThreePhaseTitles : UpsCatalogue::List::Titles,
+                              staticMetaObject.className(), id);
 }
 
 void RTDataForm::setItemLabel(int row, const QString &label)

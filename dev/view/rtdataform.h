@@ -38,6 +38,7 @@ private:
     void setupContentsInfo();
     void setValueText(int row, const QString &text);
     void setItemLabel(int row, const QString &label);
+    QString rowTitle(int id, bool threePhase) const;
     void updatePhaseLayout(const QMap<int, QVariant> &values);
     void setPhaseColumnsVisible(bool visible);
 

@@ -7,8 +7,6 @@
 #include <QTableWidgetItem>
 #include <QVBoxLayout>
 
-#include <iterator>
-
 #include "upsalarms.h"
 #include "upspoints.h"
 
@@ -44,26 +42,10 @@ RTEventForm::~RTEventForm()
 }
 
 // The alarm texts of this page (indices 0-53) followed by their return-to-
-// normal texts (index + 54), one per bit of the 54-bit alarm block: the
-// event log's list in this page's own translation context, except in two
-// places. The four switch alarms 28-31 read "... switch is off" here
-// ("... switch open" in the log) with normals "... switch on" / "... switch
-// is on" (log: "... switch close"), and the normals of 26 and 27 are empty
-// here (the log has "Battery Discharge end" and "Battery equalization end").
+// normal texts (index + 54), in this page's wording (UpsCatalogue).
 void RTEventForm::fillEventTexts()
 {
     eventTexts = UpsAlarms::eventTexts(staticMetaObject.className());
-    const int switchAlarms[] = {28, 29, 30, 31};
-    const QString switchTexts[] = {tr("Battery switch is off"), tr("Input switch is off"),
-                                   tr("Output switch is off"), tr("Bypass switch is off")};
-    const QString switchNormals[] = {tr("Battery switch on"), tr("Input switch on"),
-                                     tr("Output switch is on"), tr("Bypass switch is on")};
-    for (int i = 0; i < int(std::size(switchAlarms)); ++i) {
-        eventTexts[UpsAlarms::raisedTextIndex(switchAlarms[i])] = switchTexts[i];
-        eventTexts[UpsAlarms::clearedTextIndex(switchAlarms[i])] = switchNormals[i];
-    }
-    for (int alarm : {int(UpsAlarm::BatteryDischarge), int(UpsAlarm::BatteryDischarge) + 1})
-        eventTexts[UpsAlarms::clearedTextIndex(alarm)] = QString();
 }
 
 void RTEventForm::initTable()

@@ -6,6 +6,7 @@
 
 #include <QLoggingCategory>
 
+#include "upscatalogue.h"
 #include "upspoints.h"
 
 Q_LOGGING_CATEGORY(lcRtSingleGraph, "orvek.view.rtsinglegraphform", QtInfoMsg)
@@ -50,7 +51,7 @@ double scaledValue(const QMap<int, QVariant> &map, int id)
     return registerValue(map, id) / UpsPoints::info(id).divisor;
 }
 
-// The captions are the points' data-log titles in this page's context.
+// The captions are the points' titles in this page's context.
 // The remaining-capacity gauge sits under the remaining-time title.
 struct Caption
 {
@@ -96,7 +97,8 @@ void RTSingleGraphForm::setupGauges()
 void RTSingleGraphForm::setupCaptions()
 {
     for (const Caption &caption : kCaptions)
-        (ui->*caption.label)->setText(tr(UpsPoints::info(caption.id).title));
+        (ui->*caption.label)->setText(
+            UpsCatalogue::text(UpsCatalogue::List::Titles, staticMetaObject.className(), caption.id));
 }
 
 void RTSingleGraphForm::InitRTChartFormInfo(bool flag)
