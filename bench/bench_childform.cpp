@@ -2,6 +2,8 @@
 #include <QtTest>
 
 #include "childform.h"
+#include "upsalarms.h"
+#include "upspoints.h"
 #include "../tests/support/viewsampledata.h"
 
 #if __has_include(<upssimulator.h>)
@@ -61,10 +63,10 @@ void BenchChildForm::refreshData()
     form->tabs()->setCurrentIndex(tab);
     const QMap<int, QVariant> first = fullMap(threePhase);
     QMap<int, QVariant> second = first;
-    for (int id = 0; id <= 72; ++id)
+    for (int id = 0; id < UpsPoint::MeasurementCount; ++id)
         second[id] = second.value(id).toInt() + 1;
-    second[2000] = 1;
-    second[2008] = 1;
+    second[UpsPoint::AlarmFirst + UpsAlarm::AgentCommunication] = 1;
+    second[UpsPoint::AlarmFirst + UpsAlarm::OutputOverload] = 1;
     form->flushData(first);
     bool flip = false;
     QBENCHMARK {

@@ -1,13 +1,8 @@
 #ifndef EVENTRECORDER_H
 #define EVENTRECORDER_H
 
-#include <QList>
-#include <QMap>
 #include <QMutex>
-#include <QMutexLocker>
-#include <QObject>
 #include <QPair>
-#include <QVariant>
 
 #include "collectthread.h"
 
@@ -29,12 +24,10 @@ public:
         QMutexLocker locker(&m_lock);
         return m_events;
     }
-    QList<int> types() const
+    void clear()
     {
-        QList<int> t;
-        for (const Event &e : events())
-            t << e.first;
-        return t;
+        QMutexLocker locker(&m_lock);
+        m_events.clear();
     }
     QList<Event> ofType(int type) const
     {
@@ -45,12 +38,14 @@ public:
         }
         return out;
     }
-    int count(int type) const { return ofType(type).size(); }
-    void clear()
+    QList<int> types() const
     {
-        QMutexLocker locker(&m_lock);
-        m_events.clear();
+        QList<int> out;
+        for (const Event &e : events())
+            out << e.first;
+        return out;
     }
+    int count(int type) const { return types().count(type); }
 
 public slots:
     void record(int type, QMap<QString, QVariant> map)

@@ -1,16 +1,14 @@
 #ifndef HOSTTESTSUPPORT_H
 #define HOSTTESTSUPPORT_H
 
-// Helpers of the host tests (header-only: only the host tests include it,
-// and the host library is absent from the core-only builds).
+// Helpers of the host tests; header-only, as the core-only builds lack the host.
 
 #include <QFile>
-#include <QString>
-#include <QStringList>
+#include <QRegularExpression>
 #include <QTextStream>
-#include <QVariantMap>
 
 #include "deviceconfig.h"
+#include "devicehost.h"
 #include "testconfig.h"
 
 namespace HostTest {
@@ -29,19 +27,23 @@ inline void writeDevice(const QString &name, quint16 port, int retries = 1, int 
 inline QList<DeviceEntry> entries(const QStringList &names)
 {
     QList<DeviceEntry> list;
-    for (const QString &name : names) {
-        list << DeviceEntry();
-        list.last().name = name;
-    }
+    for (const QString &name : names)
+        list << DeviceEntry{name, QString(), 0, -1, -1, -1, QString()};
     return list;
+}
+
+inline bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
 
 inline QStringList fileLines(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QStringList();
     QStringList lines;
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return lines;
     QTextStream in(&file);
     in.setCodec("UTF-8");
     while (!in.atEnd())
@@ -52,32 +54,12 @@ inline QStringList fileLines(const QString &path)
 // Splits one CSV line (RFC 4180 quoting, no line breaks inside fields).
 inline QStringList csvFields(const QString &line)
 {
+    static const QRegularExpression field(QStringLiteral("(?:^|,)(\"(?:[^\"]|\"\")*\"|[^,]*)"));
     QStringList fields;
-    QString field;
-    bool quoted = false;
-    for (int i = 0; i < line.size(); ++i) {
-        const QChar c = line.at(i);
-        if (quoted) {
-            if (c == QLatin1Char('"')) {
-                if (i + 1 < line.size() && line.at(i + 1) == QLatin1Char('"')) {
-                    field += c;
-                    ++i;
-                } else {
-                    quoted = false;
-                }
-            } else {
-                field += c;
-            }
-        } else if (c == QLatin1Char('"')) {
-            quoted = true;
-        } else if (c == QLatin1Char(',')) {
-            fields << field;
-            field.clear();
-        } else {
-            field += c;
-        }
+    for (auto it = field.globalMatch(line); it.hasNext();) {
+        const QString f = it.next().captured(1);
+        fields << (f.startsWith(QLatin1Char('"')) ? f.mid(1, f.size() - 2).replace(QStringLiteral("\"\""), "\"") : f);
     }
-    fields << field;
     return fields;
 }
 
@@ -86,11 +68,21 @@ inline QList<QStringList> eventLines(const QString &path, const QString &device)
 {
     QList<QStringList> out;
     for (const QString &line : fileLines(path)) {
-        const QStringList fields = line.split(QLatin1Char('\t'));
-        if (fields.value(1) == device)
-            out << fields;
+        if (line.section(QLatin1Char('\t'), 1, 1) == device)
+            out << line.split(QLatin1Char('\t'));
     }
     return out;
+}
+
+// "device:text" of the host's notices that contain part.
+inline QStringList noticeTexts(const DeviceHost &host, const QString &part)
+{
+    QStringList texts;
+    for (const HostNotice &notice : host.notices()) {
+        if (notice.text.contains(part))
+            texts << notice.device + QLatin1Char(':') + notice.text;
+    }
+    return texts;
 }
 
 } // namespace HostTest
