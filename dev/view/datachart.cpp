@@ -1,5 +1,6 @@
 #include "datachart.h"
 
+#include <QEvent>
 #include <QFontMetricsF>
 #include <QLineF>
 #include <QPaintEvent>
@@ -136,20 +137,26 @@ void DataChart::setValue(double value)
     }
     if (value == currentValue)
         return;
+    const int scheme = colorScheme();
     isDecreasing = value < currentValue;
     currentValue = value;
     displayValue = value;
+    if (colorScheme() != scheme)
+        arcLayer.invalidate();
     update();
 }
 
 void DataChart::setMinValue(double value)
 {
     minValue = value;
+    arcLayer.invalidate(); // the first band starts at the minimum
+    overlayLayer.invalidate();
 }
 
 void DataChart::setMaxValue(double value)
 {
     maxValue = value;
+    overlayLayer.invalidate();
 }
 
 double DataChart::getMaxValue() const
@@ -166,6 +173,7 @@ void DataChart::setRadioValue(QList<int> colorIndexes, QList<int> radioValues)
 {
     this->colorIndexes = colorIndexes;
     this->radioValues = radioValues;
+    arcLayer.invalidate();
 }
 
 void DataChart::setColor(QRadialGradient &gradient, int index)
@@ -271,54 +279,34 @@ void DataChart::paintEvent(QPaintEvent *event)
     painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
     resetVariables(&painter);
     layoutPieRect();
-    painter.drawPixmap(0, 0, arcLayer());     // drawColorPies
+    const qreal ratio = devicePixelRatioF();
+    painter.drawPixmap(0, 0, arcLayer.pixmap(size(), ratio, [this](QPainter *p) { paintArcLayer(p); }));
     drawGraph(&painter);
-    painter.drawPixmap(0, 0, overlayLayer()); // drawCoverLines, drawCoverCircle, drawMarkAndText
+    painter.drawPixmap(0, 0, overlayLayer.pixmap(size(), ratio, [this](QPainter *p) { paintOverlayLayer(p); }));
     drawTextRect(&painter);
     painter.end();
 }
 
-QPixmap &DataChart::layer(QPixmap &pixmap) const
+void DataChart::changeEvent(QEvent *event)
 {
-    const qreal ratio = devicePixelRatioF();
-    pixmap = QPixmap(size() * ratio);
-    pixmap.setDevicePixelRatio(ratio);
-    pixmap.fill(Qt::transparent);
-    return pixmap;
+    // Scale labels are measured with the widget font.
+    if (event->type() == QEvent::FontChange)
+        overlayLayer.invalidate();
+    QWidget::changeEvent(event);
 }
 
-const QPixmap &DataChart::arcLayer()
+void DataChart::paintArcLayer(QPainter *painter)
 {
-    LayerKey key;
-    key.size = size();
-    key.pixelRatio = devicePixelRatioF();
-    key.scheme = colorScheme();
-    if (arcLayerPixmap.isNull() || !(key == arcLayerKey)) {
-        QPainter painter(&layer(arcLayerPixmap));
-        painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-        drawColorPies(&painter);
-        arcLayerKey = key;
-    }
-    return arcLayerPixmap;
+    painter->setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    drawColorPies(painter);
 }
 
-const QPixmap &DataChart::overlayLayer()
+void DataChart::paintOverlayLayer(QPainter *painter)
 {
-    LayerKey key;
-    key.size = size();
-    key.pixelRatio = devicePixelRatioF();
-    key.minValue = minValue;
-    key.maxValue = maxValue;
-    key.font = font();
-    if (overlayLayerPixmap.isNull() || !(key == overlayLayerKey)) {
-        QPainter painter(&layer(overlayLayerPixmap));
-        painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-        drawCoverLines(&painter);
-        drawCoverCircle(&painter);
-        drawMarkAndText(&painter);
-        overlayLayerKey = key;
-    }
-    return overlayLayerPixmap;
+    painter->setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    drawCoverLines(painter);
+    drawCoverCircle(painter);
+    drawMarkAndText(painter);
 }
 
 void DataChart::resetVariables(QPainter *painter)

@@ -4,7 +4,6 @@
 #include <QColor>
 #include <QFont>
 #include <QList>
-#include <QPixmap>
 #include <QPointF>
 #include <QRectF>
 #include <QSize>
@@ -12,6 +11,9 @@
 #include <QVector>
 #include <QWidget>
 
+#include "layercache.h"
+
+class QEvent;
 class QPainter;
 class QPaintEvent;
 class QRadialGradient;
@@ -86,14 +88,14 @@ public slots:
 
 protected:
     void paintEvent(QPaintEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
 private:
     QPointF dialCenter() const;
     void layoutPieRect();
     void refreshLabelCache();
-    QPixmap &layer(QPixmap &pixmap) const;
-    const QPixmap &arcLayer();
-    const QPixmap &overlayLayer();
+    void paintArcLayer(QPainter *painter);
+    void paintOverlayLayer(QPainter *painter);
 
     double currentValue;
     double maxValue;
@@ -134,23 +136,8 @@ private:
     // The coloured arc only changes with the scheme, the ticks, labels and
     // sector lines only with the range and the font; both are drawn once
     // into layers and blitted around the grey cover.
-    struct LayerKey {
-        QSize size;
-        qreal pixelRatio = 0.0;
-        int scheme = 0;
-        double minValue = 0.0;
-        double maxValue = 0.0;
-        QFont font;
-        bool operator==(const LayerKey &other) const
-        {
-            return size == other.size && pixelRatio == other.pixelRatio && scheme == other.scheme
-                   && minValue == other.minValue && maxValue == other.maxValue && font == other.font;
-        }
-    };
-    LayerKey arcLayerKey;
-    QPixmap arcLayerPixmap;
-    LayerKey overlayLayerKey;
-    QPixmap overlayLayerPixmap;
+    LayerCache arcLayer;
+    LayerCache overlayLayer;
 };
 
 #endif // DATACHART_H

@@ -3,25 +3,21 @@
 
 #include <QBrush>
 #include <QFont>
-#include <QHash>
 #include <QMap>
 #include <QPen>
 #include <QPixmap>
-#include <QPointF>
-#include <QRectF>
-#include <QGlyphRun>
-#include <QList>
-#include <QSizeF>
 #include <QString>
 #include <QVariant>
-#include <QVector>
 #include <QWidget>
+
+#include "energylinegeometry.h"
+#include "layercache.h"
+#include "paneltextcache.h"
 
 class QTimer;
 class QPainter;
 class QPaintEvent;
 class QMouseEvent;
-class QResizeEvent;
 class QEvent;
 
 // Block diagram of the UPS power path (input, bypass, rectifier, inverter,
@@ -30,7 +26,9 @@ class QEvent;
 // show the measured values and are toggled by clicking the blocks.
 //
 // The widget only keeps formatted texts and flags; everything is drawn in
-// paintEvent, which a 100 ms timer triggers so that the dashes move.
+// paintEvent, which a 100 ms timer triggers so that the dashes move. Where
+// things lie comes from EnergylineGeometry, the panel texts are shaped and
+// fitted by PanelTextCache.
 class Energyline : public QWidget
 {
     Q_OBJECT
@@ -93,7 +91,6 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
-    void resizeEvent(QResizeEvent *event) override;
     void changeEvent(QEvent *event) override;
 
     void drawBase(QPainter *painter);
@@ -106,22 +103,14 @@ private:
     void showOutput(const QMap<int, QVariant> &map);
     bool showBattery(const QMap<int, QVariant> &map);
     void showOutputSource(int source, bool charging);
-    void updateCenter();
+    EnergylineGeometry geometry() const;
     void loadPictures();
-    void applyDiagramTransform(QPainter *painter) const;
-    void buildBaseLayer(qreal ratio);
-    void buildStaticLayer();
-    void drawBlock(QPainter *painter, int blockIndex);
-    void drawPanel(QPainter *painter, int panelIndex);
-    struct ShapedText {
-        QList<QGlyphRun> runs;
-        QSizeF size;
-    };
-    const ShapedText &shapedText(const QString &text, qreal pointSize);
-    // Draws a panel text aligned in rect and returns its width; a text wider
-    // than maxWidth (when given) is shrunk, then elided, to fit.
-    double drawPanelText(QPainter *painter, const QRectF &rect, Qt::Alignment alignment,
-                         const QString &text, double maxWidth = -1.0);
+    void paintBaseLayer(QPainter *painter);
+    void paintStaticLayer(QPainter *painter);
+    void drawBlock(QPainter *painter, const EnergylineGeometry &geometry, EnergylineGeometry::Part block);
+    void drawPanel(QPainter *painter, const EnergylineGeometry &geometry, EnergylineGeometry::Panel panel);
+    // Invalidates the layer of battery and panels after new data or a click.
+    void invalidateStaticLayer();
 
     // Display texts, rewritten by flushData.
     QString inputVoltageText;
@@ -167,37 +156,22 @@ private:
     int lowCapacityLimit = 20;
     int highCapacityLimit = 60;
 
-    QRectF batteryRect;
-    int batteryRadius = 8;
-    int levelRadius = 5;
-    int terminalRadius = 2;
-
-    double centerX = 0.0;
-    double centerY = 0.0;
-
     // Paint resources that do not change between passes.
-    QPixmap inputPicture;
-    QPixmap loadPicture;
-    QPixmap rectifierPicture;
-    QPixmap inverterPicture;
+    QPixmap pictures[EnergylineGeometry::PictureCount];
     QPen basePen;
     QPen flowPen;
     QPen titlePen;
     QPen batteryOutlinePen;
     QFont titleFont;
-    QFont panelFont;
     QBrush lowLevelBrush;
     QBrush middleLevelBrush;
     QBrush highLevelBrush;
-    // Base lines, blocks, pictures and titles for the current size.
-    QPixmap baseLayer;
-    bool baseLayerValid = false;
+    PanelTextCache panelTexts;
+    // Base lines, blocks, pictures and titles; they change with the size.
+    LayerCache baseLayer;
     // The base plus battery and panels: everything but the moving flow
     // lines; rebuilt after new data or a panel toggle.
-    QPixmap staticLayer;
-    bool staticLayerValid = false;
-    // Shaped panel texts, by point size and text.
-    QHash<QString, ShapedText> panelTexts;
+    LayerCache staticLayer;
 };
 
 #endif // ENERGYLINE_H

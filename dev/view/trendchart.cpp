@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDate>
+#include <QEvent>
 #include <QFontMetricsF>
 #include <QLine>
 #include <QLineF>
@@ -55,7 +56,9 @@ TrendChart::TrendChart(const Layout &layout, QWidget *parent)
       fullScale(layout.fullScale),
       rightScaleLabels(layout.rightScaleLabels),
       labelCacheValid(false),
-      labelHeight(0.0)
+      labelHeight(0.0),
+      staticLayerAntialiased(useAntialiasing),
+      staticLayerGrid(showHorizontalLines)
 {
     initVariables();
     setStyleSheet(layout.styleSheet);
@@ -153,7 +156,14 @@ void TrendChart::paintEvent(QPaintEvent *event)
     resetVariables(&painter);
     // drawBox and the value labels of drawText, from the cached layer.
     layoutPlotRect();
-    painter.drawPixmap(0, 0, staticLayer());
+    // The concrete charts switch these flags directly, without telling.
+    if (staticLayerAntialiased != useAntialiasing || staticLayerGrid != showHorizontalLines) {
+        staticLayerAntialiased = useAntialiasing;
+        staticLayerGrid = showHorizontalLines;
+        staticLayer.invalidate();
+    }
+    painter.drawPixmap(0, 0, staticLayer.pixmap(size(), devicePixelRatioF(),
+                                                [this](QPainter *p) { paintStaticLayer(p); }));
     // Leave the painter as drawBox does: the time ticks use the grid's pen.
     painter.setPen(showHorizontalLines ? QPen(Qt::DotLine) : QPen(Qt::black));
     painter.setBrush(Qt::NoBrush);
@@ -161,26 +171,20 @@ void TrendChart::paintEvent(QPaintEvent *event)
     drawGraph(&painter);
 }
 
-const QPixmap &TrendChart::staticLayer()
+void TrendChart::paintStaticLayer(QPainter *painter)
 {
-    LayerKey key;
-    key.size = size();
-    key.pixelRatio = devicePixelRatioF();
-    key.antialiased = useAntialiasing;
-    key.grid = showHorizontalLines;
-    key.font = font();
-    if (staticLayerPixmap.isNull() || !(key == staticLayerKey)) {
-        staticLayerPixmap = QPixmap(key.size * key.pixelRatio);
-        staticLayerPixmap.setDevicePixelRatio(key.pixelRatio);
-        staticLayerPixmap.fill(Qt::transparent);
-        QPainter layer(&staticLayerPixmap);
-        if (useAntialiasing)
-            layer.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
-        drawBox(&layer);
-        drawValueLabels(&layer);
-        staticLayerKey = key;
-    }
-    return staticLayerPixmap;
+    if (useAntialiasing)
+        painter->setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing);
+    drawBox(painter);
+    drawValueLabels(painter);
+}
+
+void TrendChart::changeEvent(QEvent *event)
+{
+    // Value labels are drawn and measured in the widget font.
+    if (event->type() == QEvent::FontChange)
+        staticLayer.invalidate();
+    QWidget::changeEvent(event);
 }
 
 void TrendChart::resizeEvent(QResizeEvent *event)

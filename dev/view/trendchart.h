@@ -7,7 +7,6 @@
 #include <QList>
 #include <QMap>
 #include <QPen>
-#include <QPixmap>
 #include <QRectF>
 #include <QSize>
 #include <QString>
@@ -15,6 +14,9 @@
 #include <QVector>
 #include <QWidget>
 
+#include "layercache.h"
+
+class QEvent;
 class QPainter;
 class QPaintEvent;
 class QResizeEvent;
@@ -81,6 +83,7 @@ protected:
 
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
 
     double xMargin;
     double yMargin;
@@ -108,7 +111,7 @@ private:
     void layoutPlotRect();
     void drawValueLabels(QPainter *painter);
     void drawTimeAxis(QPainter *painter);
-    const QPixmap &staticLayer();
+    void paintStaticLayer(QPainter *painter);
 
     QVector<double> fullScale;
     bool rightScaleLabels;
@@ -122,20 +125,9 @@ private:
 
     // Box, grid and value labels only change with the size, the font and the
     // render hints; they are drawn once into this layer and blitted.
-    struct LayerKey {
-        QSize size;
-        qreal pixelRatio = 0.0;
-        bool antialiased = false;
-        bool grid = false;
-        QFont font;
-        bool operator==(const LayerKey &other) const
-        {
-            return size == other.size && pixelRatio == other.pixelRatio && antialiased == other.antialiased
-                   && grid == other.grid && font == other.font;
-        }
-    };
-    LayerKey staticLayerKey;
-    QPixmap staticLayerPixmap;
+    LayerCache staticLayer;
+    bool staticLayerAntialiased;
+    bool staticLayerGrid;
 };
 
 #endif // TRENDCHART_H
