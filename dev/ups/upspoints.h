@@ -85,6 +85,8 @@ enum BatteryStateCode : int {
     BatteryDischarging = 8,
     BatteryNormalAgain = 9, // a second "Normal"
 };
+// List index of "Normal" in CodeList::BatteryState, shown for codes outside it.
+constexpr int BatteryStateNormalIndex = 1;
 
 enum OutputSourceCode : int {
     SourceOther = 1,

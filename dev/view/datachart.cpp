@@ -11,6 +11,8 @@
 #include <climits>
 #include <cmath>
 
+#include "upsformat.h"
+
 namespace {
 
 // Geometry, all relative to R (the outer radius).
@@ -47,7 +49,6 @@ constexpr int LabelPointSize = 8;
 constexpr int ValuePointSize = 11;
 constexpr int BoldWeight = 75;
 const char *const GaugeFontFamily = "Microsoft YaHei";
-const char *const OutOfRangeText = "--";
 
 const QColor ArcOutlineColor(128, 128, 128);
 const QColor CoverColor(238, 238, 221);
@@ -238,7 +239,7 @@ int DataChart::colorScheme() const
 QString DataChart::valueText() const
 {
     if (outOfRange)
-        return QString::fromLatin1(OutOfRangeText);
+        return UpsFormat::noReading();
     return tr("%1").arg(currentValue, 0, 'g', -1);
 }
 

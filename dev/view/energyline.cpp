@@ -32,9 +32,6 @@ constexpr double kTenths = 10.0;
 constexpr float kMaxTemperature = 100.0f;
 constexpr float kMinTemperature = 0.0f;
 
-// Battery state codes 0 and those outside 1..9 read as "Normal".
-constexpr int kBatteryNormalIndex = 1;
-
 // Output source code 0 reads as "None supply"; codes outside the list show
 // entry 0, "Other supply".
 constexpr int kOtherSupplyIndex = 0;
@@ -220,7 +217,7 @@ bool Energyline::showBattery(const QMap<int, QVariant> &map)
     // The diagram reads the temperature register in tenths.
     const float temperature = float(readInt(map, UpsPoint::BatteryTemperature) / kTenths);
     if (temperature > kMaxTemperature || temperature < kMinTemperature)
-        batteryTemperatureText = QStringLiteral("--");
+        batteryTemperatureText = UpsFormat::noReading();
     else
         batteryTemperatureText = QString::asprintf("%.1f", double(temperature));
     batteryRemainTimeText = UpsFormat::text(map, UpsPoint::RemainingMinutes, plain);
@@ -231,7 +228,7 @@ bool Energyline::showBattery(const QMap<int, QVariant> &map)
     UpsPoints::codeTexts(UpsPoints::CodeList::BatteryState, &count);
     if (status < 0 || status > count)
         qCDebug(lcEnergyline) << "battery status code outside its list:" << status;
-    batteryStatusText = UpsFormat::codeText(UpsPoints::CodeList::BatteryState, status, kBatteryNormalIndex,
+    batteryStatusText = UpsFormat::codeText(UpsPoints::CodeList::BatteryState, status, UpsCode::BatteryStateNormalIndex,
                                             staticMetaObject.className());
     return status == UpsCode::BatteryBoostCharging || status == UpsCode::BatteryFloatCharging;
 }

@@ -18,7 +18,6 @@ namespace {
 Q_LOGGING_CATEGORY(lcRateInfo, "orvek.view.rateinfo")
 
 constexpr float kUnitScale = 1.0f;
-constexpr int kBatteryNormalIndex = 1; // "Normal" in the battery state list
 constexpr float kTenthScale = 0.1f;
 constexpr int kRatedPowerMax = 9999999;
 constexpr int kRatedPowerMin = 1;
@@ -191,7 +190,7 @@ QStringList RateInfoForm::batteryStateTexts()
     UpsPoints::codeTexts(UpsPoints::CodeList::BatteryState, &count);
     QStringList states;
     for (int code = 0; code <= count; ++code)
-        states << UpsFormat::codeText(UpsPoints::CodeList::BatteryState, code, kBatteryNormalIndex,
+        states << UpsFormat::codeText(UpsPoints::CodeList::BatteryState, code, UpsCode::BatteryStateNormalIndex,
                                       staticMetaObject.className());
     return states;
 }
