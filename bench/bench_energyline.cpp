@@ -3,6 +3,8 @@
 #include <QImage>
 
 #include "energyline.h"
+#include "upsalarms.h"
+#include "upspoints.h"
 
 using DataPoints = QMap<int, QVariant>;
 
@@ -16,20 +18,20 @@ constexpr int kHeight = 483;
 DataPoints fullMap(int variant)
 {
     DataPoints map;
-    for (int id = 0; id < 73; ++id)
+    for (int id = 0; id < UpsPoint::MeasurementCount; ++id)
         map.insert(id, 200 + id + variant);
-    map.insert(0, 6);
-    map.insert(3, 85);
-    map.insert(8, 3);
-    map.insert(24, 3);
-    map.insert(26, 3);
-    map.insert(43, 3);
-    for (int id = 2000; id < 2027; ++id)
-        map.insert(id, id % 5 == 0);
-    map.insert(4000, QByteArray("UPS 60KVA 3/3 TOWER").append(QByteArray(45, '\0')));
-    map.insert(4001, QByteArray("Orvek Power Systems").append(QByteArray(13, '\0')));
-    map.insert(4002, QByteArray("Server room A").append(QByteArray(51, '\0')));
-    map.insert(4014, QStringLiteral("192.168.1.10"));
+    map.insert(UpsPoint::BatteryStatus, UpsCode::BatteryBoostCharging);
+    map.insert(UpsPoint::BatteryCapacity, 85);
+    map.insert(UpsPoint::InputPhases, UpsPoint::ThreePhases);
+    map.insert(UpsPoint::OutputSource, UpsCode::SourceUtility);
+    map.insert(UpsPoint::OutputPhases, UpsPoint::ThreePhases);
+    map.insert(UpsPoint::BypassPhases, UpsPoint::ThreePhases);
+    for (int n = 0; n < UpsAlarms::EvaluatedCount; ++n)
+        map.insert(UpsPoint::AlarmFirst + n, n % 5 == 0);
+    map.insert(UpsPoint::Model, QByteArray("UPS 60KVA 3/3 TOWER").append(QByteArray(45, '\0')));
+    map.insert(UpsPoint::Manufacturer, QByteArray("Orvek Power Systems").append(QByteArray(13, '\0')));
+    map.insert(UpsPoint::SystemName, QByteArray("Server room A").append(QByteArray(51, '\0')));
+    map.insert(UpsPoint::AgentAddress, QStringLiteral("192.168.1.10"));
     return map;
 }
 
