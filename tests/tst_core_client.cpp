@@ -1,39 +1,48 @@
-// The client over real sockets: request frames, rotation, the connection
-// state machine in both drive modes, configuration and control commands.
+// The client over real sockets: request rotation, the connection state
+// machine in both drive modes, configuration (and which device files are safe
+// to read) and control commands.
 #include <QtTest>
-#include <atomic>
 
 #include "eventrecorder.h"
 #include "fakeagent.h"
+#include "inifilecheck.h"
 #include "orvekclient.h"
 #include "testconfig.h"
 
 namespace {
 
-constexpr int kFastPauseMs = 0;
-constexpr int kFastConnectWaitMs = 2000;
-
-// A client aimed at 127.0.0.1:port with short connection waits.
-void aim(OrvekClient &client, quint16 port, int retries = 5)
+// A client aimed at an agent on 127.0.0.1 (listening or not yet) with short
+// connection waits, and what it reports.
+struct Rig
 {
-    client.name = QStringLiteral("test-ups");
-    client.setTarget(QStringLiteral("127.0.0.1"), port);
-    client.retries = retries;
-    client.interval = 1;
-    client.setConnectTimings(kFastPauseMs, kFastConnectWaitMs);
-}
+    explicit Rig(bool listening = true, int retries = 5)
+    {
+        client.name = QStringLiteral("test-ups");
+        port = listening ? agent.start() : closedLocalPort();
+        client.setTarget(QStringLiteral("127.0.0.1"), port);
+        client.retries = retries;
+        client.interval = 1;
+        client.setConnectTimings(0, 2000);
+    }
+    // One host-driven cycle now, whatever the schedule says.
+    void tick(int times = 1)
+    {
+        for (int i = 0; i < times; ++i) {
+            client.nextPollTime = 0;
+            client.poll();
+        }
+    }
+    int writes() const
+    {
+        const QList<QByteArray> wire = agent.requests();
+        return int(std::count_if(wire.begin(), wire.end(), [](const QByteArray &f) { return quint8(f.at(7)) == 6; }));
+    }
 
-// One host-driven cycle now, whatever the schedule says.
-void tick(OrvekClient &client)
-{
-    client.nextPollTime = 0;
-    client.poll();
-}
-
-bool isWrite(const QByteArray &frame)
-{
-    return frame.size() == 12 && quint8(frame.at(7)) == 0x06;
-}
+    FakeAgent agent;
+    quint16 port = 0;
+    OrvekClient client;
+    EventRecorder rec{&client};
+};
 
 } // namespace
 
@@ -42,37 +51,20 @@ class TestClient : public QObject
     Q_OBJECT
 
 private slots:
-    void requestRotationOnTheWire();
     void lostAndRestored_data();
     void lostAndRestored();
-    void silentAgentIsNotLost();
+    void silentAgentRotationIsNotLost();
     void defaultPauseAndPollSchedule();
     void loadConfig_data();
     void loadConfig();
+    void unsafeDeviceFile_data();
+    void unsafeDeviceFile();
     void commandFrames_data();
     void commandFrames();
     void commandsWhileDisconnected();
     void commandLimitPerTick();
     void commandsFromAnotherThread();
 };
-
-void TestClient::requestRotationOnTheWire()
-{
-    FakeAgent agent;
-    OrvekClient client;
-    aim(client, agent.start());
-    tick(client); // connects; the connection is used from the next tick
-    QVERIFY(agent.requests().isEmpty());
-    for (int i = 0; i < 5; ++i)
-        tick(client);
-    const QList<QByteArray> expected = {
-        QByteArray::fromHex("000000000006010402010070"), QByteArray::fromHex("000000000006010402710050"),
-        QByteArray::fromHex("000000000006010401010049"), QByteArray::fromHex("000000000006010201010041"),
-        QByteArray::fromHex("000000000006010402010070"),
-    };
-    QCOMPARE(agent.requests(), expected);
-    QCOMPARE(client.requestIndex, 1);
-}
 
 void TestClient::lostAndRestored_data()
 {
@@ -84,21 +76,17 @@ void TestClient::lostAndRestored_data()
 void TestClient::lostAndRestored()
 {
     QFETCH(bool, threaded);
-    const quint16 port = closedLocalPort();
-    OrvekClient client;
-    aim(client, port, 3);
-    EventRecorder rec(&client);
-
+    Rig rig(false, 3);
+    EventRecorder &rec = rig.rec;
     if (threaded) {
-        client.interval = 4; // run() divides again: one tick a second
-        client.start();
+        rig.client.interval = 4; // run() divides again: one tick a second
+        rig.client.start();
         QTRY_VERIFY_WITH_TIMEOUT(rec.count(1041) == 1, 10000);
     } else {
-        tick(client);
-        tick(client);
+        rig.tick(2);
         QCOMPARE(rec.count(1041), 0);
-        QCOMPARE(client.lostState, -1);
-        tick(client);
+        QCOMPARE(rig.client.lostState, -1);
+        rig.tick();
     }
     QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
     const auto lost = rec.events().first().second;
@@ -107,51 +95,49 @@ void TestClient::lostAndRestored()
     QCOMPARE(rec.events().at(1).second, lost);
 
     // Further failures report nothing more.
-    if (threaded) {
+    if (threaded)
         QTest::qWait(2500); // two or three more failed attempts
-    } else {
-        tick(client);
-        tick(client);
-    }
+    else
+        rig.tick(2);
     QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
 
     // The agent comes back on the same port: connect, then the first answer.
-    FakeAgent agent;
-    QCOMPARE(agent.start(port), port);
-    if (threaded) {
+    QCOMPARE(rig.agent.start(rig.port), rig.port);
+    if (threaded)
         QTRY_VERIFY_WITH_TIMEOUT(rec.count(1040) == 1, 10000);
-    } else {
-        tick(client);
-        tick(client);
-    }
+    else
+        rig.tick(2);
     QCOMPARE(rec.types().mid(0, 5), (QList<int>{1041, 2001, 1040, 2001, 2007}));
     QCOMPARE(rec.ofType(1040).first().second.value("state").toInt(), 0);
-    QCOMPARE(client.failCount, 0);
+    QCOMPARE(rig.client.failCount, 0);
 
     if (threaded) {
-        client.quit();
-        QVERIFY(client.wait(10000));
-        QVERIFY(!client.socket); // disposed of in its own thread
-        QCOMPARE(client.interval, 1);
+        rig.client.quit();
+        QVERIFY(rig.client.wait(10000));
+        QVERIFY(!rig.client.socket); // disposed of in its own thread
+        QCOMPARE(rig.client.interval, 1);
     }
 }
 
-void TestClient::silentAgentIsNotLost()
+void TestClient::silentAgentRotationIsNotLost()
 {
     // An agent that accepts but never answers: only connection attempts count.
-    FakeAgent agent;
-    agent.setResponder([](const QByteArray &) { return QByteArray(); });
-    OrvekClient client;
-    aim(client, agent.start(), 1);
-    EventRecorder rec(&client);
-    tick(client); // the one connection attempt reaches retries = 1 at once
-    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
-    rec.clear();
-    for (int i = 0; i < 3; ++i)
-        tick(client);
-    QVERIFY(rec.types().isEmpty());
-    QCOMPARE(client.failCount, 1);
-    QCOMPARE(client.requestIndex, 3); // the rotation moved on without answers
+    Rig rig(true, 1);
+    rig.agent.setResponder([](const QByteArray &) { return QByteArray(); });
+    rig.tick(); // the one connection attempt reaches retries = 1 at once
+    QCOMPARE(rig.rec.types(), (QList<int>{1041, 2001}));
+    QVERIFY(rig.agent.requests().isEmpty());
+    rig.rec.clear();
+    // The connection is used from the next tick; the rotation moves on without answers.
+    QList<QByteArray> expected;
+    for (int i = 0; i < 5; ++i) {
+        rig.tick();
+        expected << OrvekClient::readRequest(i % 4); // their bytes: tst_core_frames
+    }
+    QCOMPARE(rig.agent.requests(), expected);
+    QCOMPARE(rig.client.requestIndex, 1);
+    QVERIFY(rig.rec.types().isEmpty());
+    QCOMPARE(rig.client.failCount, 1);
 }
 
 void TestClient::defaultPauseAndPollSchedule()
@@ -212,6 +198,41 @@ void TestClient::loadConfig()
     QCOMPARE(client.eventChooseList.value(1), 0); // not a number
 }
 
+// Which device files loadConfig may hand to QSettings: a value with '@' or '\'
+// could reach its QDataStream decoding of "@Variant(...)", which trusts the
+// sizes inside and brings the reader down.
+void TestClient::unsafeDeviceFile_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<int>("line");
+
+    const QByteArray device = "[ups1]\nipAddr=127.0.0.1\nport=1502\n";
+    QTest::newRow("missing file") << QByteArray() << 0;
+    QTest::newRow("sound") << device + "interval=5\neventChooseList\\3=1\n" << 0; // backslash in a key
+    QTest::newRow("ipv6 address") << QByteArray("[ups1]\nipAddr=::1\nport=502\n") << 0;
+    QTest::newRow("variant") << device + "interval=@Variant(\\0\\0\\0\\=12=\\0)\n" << 4;
+    QTest::newRow("date time") << device + "retries=@DateTime(\\0\\0\\0\\x10\\0)\n" << 4;
+    QTest::newRow("quoted") << QByteArray("[ups1]\nipAddr=\"@Variant(\\0)\"\n") << 2;
+    QTest::newRow("hex escape") << device + "port=\\x40Variant(\\0)\n" << 4;
+    QTest::newRow("octal escape") << device + "port=\\100Variant(\\0)\n" << 4;
+    QTest::newRow("continued value") << device + "plugin=a\\\n@Variant(\\0)\n" << 4;
+    QTest::newRow("carriage returns") << QByteArray("[ups1]\r\nport=502\r\nretries=1\r@Variant(\\0)\r\n") << 4; // a lone CR ends a line
+    QTest::newRow("crlf line numbers") << QByteArray("[ups1]\r\nport=502\r\nretries=@Variant(\\0)\r\n") << 3;
+}
+
+void TestClient::unsafeDeviceFile()
+{
+    QFETCH(QByteArray, content);
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("dev.ini")));
+    if (!content.isNull()) {
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), qint64(content.size()));
+        file.close();
+    }
+    QTEST(IniFileCheck::unsafeLine(file.fileName()), "line");
+}
+
 void TestClient::commandFrames_data()
 {
     QTest::addColumn<int>("id");
@@ -232,18 +253,16 @@ void TestClient::commandFrames()
     QFETCH(QByteArray, frame);
     QFETCH(QString, text);
 
-    FakeAgent agent;
-    agent.setResponder([](const QByteArray &request) {
-        // Reads are answered, writes refused with a Modbus exception.
-        return isWrite(request) ? QByteArray::fromHex("000000000003018602") : FakeAgent::defaultReply(request);
+    Rig rig;
+    // Reads are answered, writes refused with a Modbus exception.
+    rig.agent.setResponder([](const QByteArray &request) {
+        return quint8(request.at(7)) == 6 ? QByteArray::fromHex("000000000003018602")
+                                          : FakeAgent::defaultReply(request);
     });
-    OrvekClient client;
-    aim(client, agent.start());
-    tick(client); // connect
-    EventRecorder rec(&client);
-    QCOMPARE(client.control(id, value), 1);
-    tick(client);
-    const QList<QByteArray> wire = agent.requests();
+    rig.tick(); // connect
+    QCOMPARE(rig.client.control(id, value), 1);
+    rig.tick();
+    const QList<QByteArray> wire = rig.agent.requests();
     QCOMPARE(wire.size(), 2);
     QCOMPARE(wire.at(0).toHex(), frame.toHex()); // the command goes first in the tick
     QCOMPARE(wire.at(1), OrvekClient::readRequest(0));
@@ -251,97 +270,83 @@ void TestClient::commandFrames()
     // Result 1: sent, although the agent refused it.
     const EventMap expected{{"controlId", id}, {"cmdId", id}, {"controlValue", value}, {"name", "test-ups"},
                             {"result", 1}, {"desc", QStringLiteral("test-ups excute %1 successful").arg(text)}};
-    QCOMPARE(rec.ofType(1042), (QList<EventRecorder::Event>{{1042, expected}}));
-    QCOMPARE(rec.count(2007), 1); // the refusal was read and did not disturb the read
+    QCOMPARE(rig.rec.ofType(1042), (QList<EventRecorder::Event>{{1042, expected}}));
+    QCOMPARE(rig.rec.count(2007), 1); // the refusal was read and did not disturb the read
 }
 
 void TestClient::commandsWhileDisconnected()
 {
-    OrvekClient client;
-    aim(client, closedLocalPort());
-    EventRecorder rec(&client);
-    client.control(1003, "");
-    client.control(1008, "60");
-    client.control(1014, "1");
-    tick(client);
+    Rig rig(false);
+    rig.client.control(1003, "");
+    rig.client.control(1008, "60");
+    rig.client.control(1014, "1");
+    rig.tick();
     // Results in arrival order, before the connection attempt of the same tick.
-    QCOMPARE(rec.types().mid(0, 3), (QList<int>{1042, 1042, 1042}));
+    QCOMPARE(rig.rec.types().mid(0, 3), (QList<int>{1042, 1042, 1042}));
     QList<QVariant> results;
-    for (const auto &e : rec.ofType(1042))
+    for (const auto &e : rig.rec.ofType(1042))
         results << e.second.value("cmdId") << e.second.value("result");
     QCOMPARE(results, (QList<QVariant>{1003, 0, 1008, 0, 1014, 0}));
-    QCOMPARE(rec.events().at(1).second.value("desc").toString(), QStringLiteral("test-ups excute Standby UPS failed"));
-    QVERIFY(client.cmdList.isEmpty());
+    QCOMPARE(rig.rec.events().at(1).second.value("desc").toString(),
+             QStringLiteral("test-ups excute Standby UPS failed"));
+    QVERIFY(rig.client.cmdList.isEmpty());
 }
 
 void TestClient::commandLimitPerTick()
 {
-    FakeAgent agent;
-    OrvekClient client;
-    aim(client, agent.start());
-    tick(client);
-    EventRecorder rec(&client);
+    Rig rig;
+    rig.tick();
     for (int i = 0; i < 250; ++i)
-        client.control(1008, QString::number(i));
-    tick(client);
-    const QList<QByteArray> wire = agent.requests();
-    const int writes = int(std::count_if(wire.begin(), wire.end(), isWrite));
-    QCOMPARE(writes, 201);
-    QCOMPARE(rec.count(1042), 200);
-    QCOMPARE(client.cmdList.size(), 49);
+        rig.client.control(1008, QString::number(i));
+    rig.tick();
+    QCOMPARE(rig.writes(), 201);
+    QCOMPARE(rig.rec.count(1042), 200);
+    QCOMPARE(rig.client.cmdList.size(), 49);
 
-    tick(client);
-    QCOMPARE(rec.count(1042), 249); // the 201st never gets its result
-    QCOMPARE(rec.ofType(1042).at(200).second.value("controlValue").toString(), QStringLiteral("201"));
-    QVERIFY(client.cmdList.isEmpty());
+    rig.tick();
+    QCOMPARE(rig.rec.count(1042), 249); // the 201st never gets its result
+    QCOMPARE(rig.rec.ofType(1042).at(200).second.value("controlValue").toString(), QStringLiteral("201"));
+    QVERIFY(rig.client.cmdList.isEmpty());
 }
 
 void TestClient::commandsFromAnotherThread()
 {
     constexpr int kProducers = 2;
     constexpr int kPerProducer = 100; // at most 200 a tick: none hits the per-tick limit
-    FakeAgent agent;
-    OrvekClient client;
-    aim(client, agent.start());
-    client.interval = 4;
-    EventRecorder rec(&client);
-    client.start();
-    QTRY_VERIFY_WITH_TIMEOUT(rec.count(2007) >= 1, 10000);
+    Rig rig;
+    rig.client.interval = 4;
+    rig.client.start();
+    QTRY_VERIFY_WITH_TIMEOUT(rig.rec.count(2007) >= 1, 10000);
 
-    std::atomic<bool> go{false};
-    QList<QThread *> producers;
+    QList<QThread *> producers; // racing each other and the client's ticks
     for (int p = 0; p < kProducers; ++p) {
-        producers << QThread::create([&client, &go, p] {
-            while (!go.load())
-                QThread::yieldCurrentThread();
+        producers << QThread::create([&rig, p] {
             for (int i = 0; i < kPerProducer; ++i) {
-                client.control(1008, QStringLiteral("%1-%2").arg(p).arg(i));
+                rig.client.control(1008, QStringLiteral("%1-%2").arg(p).arg(i));
                 if (i % 16 == 0)
                     QThread::usleep(500);
             }
         });
         producers.last()->start();
     }
-    go = true;
     for (QThread *t : producers) {
         QVERIFY(t->wait(10000));
         delete t;
     }
-    QTRY_COMPARE_WITH_TIMEOUT(rec.count(1042), kProducers * kPerProducer, 15000);
-    client.quit();
-    QVERIFY(client.wait(10000));
+    QTRY_COMPARE_WITH_TIMEOUT(rig.rec.count(1042), kProducers * kPerProducer, 15000);
+    rig.client.quit();
+    QVERIFY(rig.client.wait(10000));
 
     // Every command once, each producer's in the order it queued them.
     QMap<int, int> lastIndex;
-    for (const auto &e : rec.ofType(1042)) {
+    for (const auto &e : rig.rec.ofType(1042)) {
         const QStringList parts = e.second.value("controlValue").toString().split('-');
         QCOMPARE(parts.at(1).toInt(), lastIndex.value(parts.at(0).toInt(), -1) + 1);
         lastIndex[parts.at(0).toInt()] = parts.at(1).toInt();
         QCOMPARE(e.second.value("result").toInt(), 1);
     }
     QCOMPARE(lastIndex, (QMap<int, int>{{0, kPerProducer - 1}, {1, kPerProducer - 1}}));
-    const QList<QByteArray> wire = agent.requests();
-    QCOMPARE(int(std::count_if(wire.begin(), wire.end(), isWrite)), kProducers * kPerProducer);
+    QCOMPARE(rig.writes(), kProducers * kPerProducer);
 }
 
 QTEST_GUILESS_MAIN(TestClient)

@@ -1,6 +1,7 @@
-// The simulated agent on the wire: register writes and errors, other unit ids,
-// the buzzer toggle, and the command-line tool. (The polling cycle's answers
-// are decoded by the real client in the end-to-end tests.)
+// The simulated agent: its scenarios, command effects, profiles and data point
+// image; on the wire its register writes and errors, other unit ids, the
+// buzzer toggle, and the command-line tool. (The polling cycle's answers are
+// decoded by the real client in the end-to-end tests.)
 #include <QProcess>
 #include <QTcpSocket>
 #include <QtEndian>
@@ -18,11 +19,8 @@ const QByteArray kReadMeasurements = QByteArray::fromHex("0000000000060104010100
 
 QByteArray frame(quint8 unit, quint8 function, quint16 first, quint16 second)
 {
-    QByteArray f = QByteArray::fromHex("000000000006");
-    f.append(char(unit)).append(char(function));
-    f.append(char(first >> 8)).append(char(first & 0xFF));
-    f.append(char(second >> 8)).append(char(second & 0xFF));
-    return f;
+    return QByteArray::fromHex(
+        QString::asprintf("000000000006%02x%02x%04x%04x", unit, function, first, second).toLatin1());
 }
 
 // The server shares this thread's event loop: every wait spins it.
@@ -38,11 +36,7 @@ QByteArray exchange(QTcpSocket &socket, const QByteArray &request, int expected,
 {
     socket.write(request);
     QByteArray answer;
-    const auto complete = [&] {
-        answer += socket.readAll();
-        return answer.size() >= expected;
-    };
-    if (!QTest::qWaitFor(complete, waitMs))
+    if (!QTest::qWaitFor([&] { return (answer += socket.readAll()).size() >= expected; }, waitMs))
         answer += socket.readAll(); // whatever came at the last moment
     return answer;
 }
@@ -59,9 +53,123 @@ class TestSim : public QObject
     Q_OBJECT
 
 private slots:
+    void stories_data();
+    void stories();
+    void phaseCounts();
+    void pinnedMeasurementsAndForcedAlarms();
     void registerWrites();
     void commandLineTool();
 };
+
+// Steps: "wR=V" writes value V to register R, "tS" advances S simulated seconds.
+// Alarms: "+N" is raised, "-N" clear at the end.
+void TestSim::stories_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::addColumn<QStringList>("steps");
+    QTest::addColumn<int>("source");
+    QTest::addColumn<QStringList>("alarms");
+    auto row = [](const char *name, const char *scenario, const char *steps, int source, const char *alarms) {
+        QTest::newRow(name) << QString(scenario) << QString(steps).split(' ') << source
+                            << QString(alarms).split(' ', Qt::SkipEmptyParts);
+    };
+    row("normal stays online", "normal", "t600", 3, "-2 -3 -6 -9 -14");
+    row("mains-failure before", "mains-failure", "t4.5", 3, "-2 -6");
+    row("mains-failure on battery", "mains-failure", "t6", 5, "+2 +6 -3");
+    row("mains-failure battery low", "mains-failure", "t110", 5, "+2 +3 +6 -4 -14");
+    row("mains-failure exhausted", "mains-failure", "t200", 2, "+4 +6 +14 -2 -3");
+    row("mains-return back", "mains-return", "t121", 3, "-2 -3 -4 -6");
+    row("bypass", "bypass", "t6", 4, "+9 -2 -6");
+    row("alarm-flips repeats", "alarm-flips", "t36", 3, "+5 -8 -16");
+    row("demo on battery", "demo", "t20", 5, "+2 -3");
+
+    // The control commands' effects; 65535 is the trigger value.
+    row("shutdown countdown", "normal", "w7=12 t6.5", 3, "+21 -22 -14 -11");
+    row("shutdown done", "normal", "w7=12 t12.5", 2, "+14 +11 -21 -22 -15");
+    row("shutdown cancelled", "normal", "w7=12 t3 w5=65535 t20", 3, "-21 -22 -14 -11");
+    row("standby", "normal", "w8=60 t61", 2, "+14 +15 +11 +12 -21");
+    row("self-test passed", "normal", "w1=65535 t10.5", 3, "-23 -19");
+    row("self-test value 0 ignored", "normal", "w1=0", 3, "-23");
+    row("self-test refused while off", "normal", "w7=0 w1=65535", 2, "+14 -23");
+    row("discharge to low", "normal", "w2=65535 t60", 5, "+23 +26 -2 -6");
+    // mains back at 120 s with the battery well below 25 %
+    row("self-test fails on low battery", "mains-return", "t121 w1=65535 t11", 3, "+19 -23 -3");
+    row("timed discharge over", "normal", "w6=2 t121", 3, "-23 -26"); // 2 minutes
+}
+
+void TestSim::stories()
+{
+    QFETCH(QString, scenario);
+    QFETCH(QStringList, steps);
+    QFETCH(QStringList, alarms);
+
+    UpsSimulator sim;
+    QVERIFY(sim.setScenario(scenario));
+    for (const QString &step : steps) {
+        if (step.startsWith(QLatin1Char('w'))) {
+            const QStringList parts = step.mid(1).split(QLatin1Char('='));
+            sim.writeRegister(parts.at(0).toInt(), quint16(parts.at(1).toUInt()));
+        } else {
+            sim.advance(step.mid(1).toDouble());
+        }
+    }
+    QTEST(int(sim.measurement(24)), "source");
+    for (const QString &alarm : alarms)
+        QVERIFY2(sim.alarm(alarm.mid(1).toInt()) == alarm.startsWith('+'), qPrintable("alarm " + alarm));
+
+    if (steps.size() == 1 && steps.first().startsWith(QLatin1Char('t'))) {
+        // Many small steps tell the same story as one big one.
+        UpsSimulator stepped;
+        stepped.setScenario(scenario);
+        for (int i = 0; i < 100; ++i)
+            stepped.advance(steps.first().mid(1).toDouble() / 100);
+        QCOMPARE(stepped.measurement(24), sim.measurement(24));
+        QCOMPARE(stepped.measurement(0), sim.measurement(0));
+    }
+}
+
+void TestSim::phaseCounts()
+{
+    for (const auto profile : {UpsSimulator::Profile::Single, UpsSimulator::Profile::Three}) {
+        const int phases = profile == UpsSimulator::Profile::Three ? 3 : 1;
+        // The profile's image is a fresh simulator's: registers 0..72, alarms
+        // 2000..2026 and identity blocks 4000..4006, as the client stores them.
+        const QMap<int, QVariant> image = UpsSimulator::profileImage(profile);
+        QCOMPARE(image, UpsSimulator(profile).dataPointImage());
+        QCOMPARE(image.size(), 73 + 27 + 7);
+
+        UpsSimulator sim(profile);
+        sim.setScenario(QStringLiteral("bypass"));
+        sim.advance(10); // bypass carries current too
+        for (int id : {8, 26, 43})
+            QCOMPARE(int(sim.measurement(id)), phases);
+        // Input, output and bypass voltages and the 32-bit output powers: only
+        // the phases in use carry values.
+        const int perPhase[][3] = {{9, 10, 11}, {27, 28, 29}, {44, 45, 46}, {33, 35, 37}};
+        for (const auto &ids : perPhase) {
+            for (int p = 0; p < 3; ++p)
+                QVERIFY2((sim.measurement(ids[p]) > 0) == (p < phases), qPrintable(QString::number(ids[p])));
+        }
+    }
+}
+
+void TestSim::pinnedMeasurementsAndForcedAlarms()
+{
+    UpsSimulator sim;
+    sim.setScenario(QStringLiteral("mains-failure"));
+    sim.setMeasurement(5, 0xFFFF);
+    sim.setAlarm(3, true);
+    sim.advance(30);
+    QCOMPARE(sim.measurement(5), quint16(0xFFFF));
+    QVERIFY(sim.alarm(3));  // forced on, its condition has not changed yet
+
+    sim.releaseMeasurement(5);
+    QVERIFY(qint16(sim.measurement(5)) < 0);
+    QVERIFY(sim.setScenario(QStringLiteral("normal"))); // a new scenario clears forced alarms
+    QVERIFY(!sim.alarm(3));
+    QVERIFY(!sim.setScenario(QStringLiteral("flood")));
+    QCOMPARE(sim.scenario(), QStringLiteral("normal"));
+}
 
 void TestSim::registerWrites()
 {

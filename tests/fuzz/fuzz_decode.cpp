@@ -1,11 +1,8 @@
-// libFuzzer target: decoding of received Modbus/TCP answers.
-//
-// Every input is what one socket read returned, handed to a single client
-// that lives across inputs, so alarm states, lostState and the data points
-// evolve as in a long session. When the input holds more than one frame (by
-// the MBAP length field), the frames are then also handed over one by one, as
-// separate reads. After every decode the client's promises are checked and a
-// broken one aborts, which libFuzzer reports as a finding.
+// libFuzzer target: decoding of received Modbus/TCP answers. Every input is
+// what one socket read returned, handed to a single client that lives across
+// inputs, so alarm states, lostState and the data points evolve as in a long
+// session; an input of several frames is then also handed over frame by frame.
+// After every decode the client's promises are checked; a broken one aborts.
 #include <QByteArray>
 #include <QList>
 #include <QPair>
@@ -17,7 +14,6 @@
 namespace {
 
 constexpr int kMinAnswerSize = 14;
-constexpr int kByteCountOffset = 8;
 constexpr int kDataOffset = 9;
 constexpr int kMbapPrefix = 6; // transaction, protocol, length; the length counts what follows
 constexpr int kMaxFramesPerInput = 64;
@@ -27,15 +23,10 @@ constexpr int kAgentAddressId = 4014;
 
 using Emission = QPair<int, EventMap>;
 
-[[noreturn]] void broken(const char *promise, int detail = 0)
-{
-    qFatal("fuzz_decode: broken promise: %s (%d)", promise, detail);
-}
-
 void require(bool ok, const char *promise, int detail = 0)
 {
     if (!ok)
-        broken(promise, detail);
+        qFatal("fuzz_decode: broken promise: %s (%d)", promise, detail);
 }
 
 quint8 byteAt(const QByteArray &b, int i)
@@ -43,21 +34,12 @@ quint8 byteAt(const QByteArray &b, int i)
     return i >= 0 && i < b.size() ? quint8(b.at(i)) : 0;
 }
 
+// Bytes of identity block id (4000..4006), -1 for other ids.
 int identityLength(int id)
 {
-    switch (id) {
-    case 4001:
-    case 4006:
+    if (id == 4001 || id == 4006)
         return 32;
-    case 4000:
-    case 4002:
-    case 4003:
-    case 4004:
-    case 4005:
-        return 64;
-    default:
-        return -1;
-    }
+    return id >= 4000 && id <= 4005 ? 64 : -1;
 }
 
 // What the client holds before a decode, to compare against afterwards.
@@ -89,32 +71,28 @@ public:
         const Snapshot before{client.dataPoints, client.eventStates, client.failCount, client.lostState};
         emissions.clear();
         client.decodeAnswer(buffer);
-        if (buffer.size() < kMinAnswerSize)
-            checkDropped(before);
-        else
+        if (buffer.size() < kMinAnswerSize) {
+            require(emissions.isEmpty(), "a short buffer emits nothing");
+            require(client.dataPoints == before.dataPoints && client.eventStates == before.eventStates,
+                    "a short buffer leaves the data points and alarm states");
+            require(client.failCount == before.failCount && client.lostState == before.lostState,
+                    "a short buffer keeps failCount and lostState");
+        } else {
             checkDecoded(buffer, before);
+        }
         // Stand-in for failed connection attempts between reads, so that the
         // reset on contact is observable.
         client.failCount = 3;
     }
 
 private:
-    void checkDropped(const Snapshot &before) const
-    {
-        require(emissions.isEmpty(), "a short buffer emits nothing");
-        require(client.dataPoints == before.dataPoints, "a short buffer leaves the data points");
-        require(client.eventStates == before.eventStates, "a short buffer leaves the alarm states");
-        require(client.failCount == before.failCount, "a short buffer keeps failCount");
-        require(client.lostState == before.lostState, "a short buffer keeps lostState");
-    }
-
     void checkDecoded(const QByteArray &buffer, const Snapshot &before) const
     {
         require(client.failCount == 0, "contact resets failCount");
         require(client.lostState == 0, "contact ends the lost state");
         checkEmissionOrder(before);
         checkDataPoints(before);
-        const quint8 count = byteAt(buffer, kByteCountOffset);
+        const quint8 count = byteAt(buffer, 8);
         if (count == 0x09)
             checkAlarms(before);
         else
@@ -128,31 +106,20 @@ private:
         require(!emissions.isEmpty() && emissions.last().first == 2007, "every answer ends with 2007");
         int decoded = 0;
         int restored = 0;
-        for (const Emission &e : emissions) {
-            decoded += e.first == 2007;
-            restored += e.first == 1040;
+        for (int i = 0; i < emissions.size(); ++i) {
+            const int type = emissions.at(i).first;
+            decoded += type == 2007;
+            restored += type == 1040;
+            if (type == 1040)
+                require(emissions.value(i + 1).first == 2001, "1040 is followed by 2001");
+            else if (type == 2009 || type == 2010)
+                checkFollowsAlarm(i, type == 2010 ? 3 : 6);
+            else
+                require(type == 2001 || type == 2006 || type == 2007, "unexpected event type", type);
         }
         require(decoded == 1, "one 2007 per answer", decoded);
         require(restored == int(before.lostState != 0), "1040 exactly when contact was lost or unknown",
                 before.lostState);
-        for (int i = 0; i < emissions.size(); ++i) {
-            const int type = emissions.at(i).first;
-            switch (type) {
-            case 1040:
-                require(emissions.value(i + 1).first == 2001, "1040 is followed by 2001");
-                break;
-            case 2001:
-            case 2006:
-            case 2007:
-                break;
-            case 2009:
-            case 2010:
-                checkFollowsAlarm(i, type == 2010 ? 3 : 6);
-                break;
-            default:
-                broken("unexpected event type", type);
-            }
-        }
     }
 
     // 2010 (battery low) and 2009 (input fault) come right after the 2006 of
@@ -234,20 +201,6 @@ private:
     int clearedOffset = 0;
 };
 
-// Frames by their MBAP length; a length running past the end takes the rest.
-QList<QByteArray> splitFrames(const QByteArray &input)
-{
-    QList<QByteArray> frames;
-    int pos = 0;
-    while (pos < input.size() && frames.size() < kMaxFramesPerInput) {
-        const int length = (byteAt(input, pos + 4) << 8) | byteAt(input, pos + 5);
-        const int size = qMin(kMbapPrefix + length, input.size() - pos);
-        frames << input.mid(pos, size);
-        pos += size;
-    }
-    return frames;
-}
-
 Session *session = nullptr;
 
 } // namespace
@@ -264,10 +217,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray input(reinterpret_cast<const char *>(data), int(size));
     session->feed(input); // everything arrived in one read
-    const QList<QByteArray> frames = splitFrames(input);
-    if (frames.size() > 1) {
-        for (const QByteArray &frame : frames)
-            session->feed(frame);
+    // Then frame by frame, by their MBAP length; a length running past the end takes the rest.
+    QList<QByteArray> frames;
+    for (int pos = 0; pos < input.size() && frames.size() < kMaxFramesPerInput; pos += frames.last().size()) {
+        const int length = (byteAt(input, pos + 4) << 8) | byteAt(input, pos + 5);
+        frames << input.mid(pos, qMin(kMbapPrefix + length, input.size() - pos));
     }
+    for (int i = 0; frames.size() > 1 && i < frames.size(); ++i)
+        session->feed(frames.at(i));
     return 0;
 }

@@ -4,9 +4,8 @@
 #include <QCoreApplication>
 #include <cstdio>
 
-// Qt's warnings about odd input (unknown variant types in dev.ini and the
-// like) are expected while fuzzing and would only slow the run down; critical
-// and fatal messages still reach stderr.
+// Qt's warnings about odd input are expected while fuzzing and only slow the
+// run down; critical and fatal messages still reach stderr.
 inline void fuzzMessageHandler(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
     if (type == QtCriticalMsg || type == QtFatalMsg)

@@ -1,6 +1,5 @@
 #include "fakeagent.h"
 
-#include <QMetaObject>
 #include <QMutexLocker>
 #include <QTcpServer>
 #include <QTcpSocket>
@@ -10,14 +9,7 @@
 #include <sys/socket.h>
 #endif
 
-namespace {
-constexpr int kRequestSize = 12;
-
-FakeAgent::Plan answerPlan(const QByteArray &answer)
-{
-    return answer.isEmpty() ? FakeAgent::Plan() : FakeAgent::Plan{FakeAgent::Step::send(answer)};
-}
-} // namespace
+static constexpr int kRequestSize = 12;
 
 FakeAgent::FakeAgent()
 {
@@ -34,56 +26,51 @@ FakeAgent::~FakeAgent()
     m_thread.wait();
 }
 
+void FakeAgent::inAgentThread(const std::function<void()> &fn)
+{
+    QMetaObject::invokeMethod(this, fn, Qt::BlockingQueuedConnection);
+}
+
 quint16 FakeAgent::start(quint16 port)
 {
-    QMetaObject::invokeMethod(
-        this,
-        [this, port] {
-            if (!m_server) {
-                m_server = new QTcpServer(this);
-                connect(m_server, &QTcpServer::newConnection, this, &FakeAgent::onNewConnection);
-            }
-            if (m_server->listen(QHostAddress::LocalHost, port))
-                m_port = m_server->serverPort();
-        },
-        Qt::BlockingQueuedConnection);
+    inAgentThread([this, port] {
+        if (!m_server) {
+            m_server = new QTcpServer(this);
+            connect(m_server, &QTcpServer::newConnection, this, &FakeAgent::onNewConnection);
+        }
+        if (m_server->listen(QHostAddress::LocalHost, port))
+            m_port = m_server->serverPort();
+    });
     return m_port;
 }
 
 void FakeAgent::stop()
 {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (!m_server)
-                return;
+    inAgentThread([this] {
+        if (m_server)
             m_server->close();
-            for (QTcpSocket *s : findChildren<QTcpSocket *>())
-                s->abort();
-        },
-        Qt::BlockingQueuedConnection);
+    });
+    dropConnections();
 }
 
 void FakeAgent::dropConnections()
 {
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            for (QTcpSocket *s : findChildren<QTcpSocket *>())
-                s->abort();
-        },
-        Qt::BlockingQueuedConnection);
+    inAgentThread([this] {
+        for (QTcpSocket *s : findChildren<QTcpSocket *>())
+            s->abort();
+    });
 }
 
 void FakeAgent::closeNextConnections(int count)
 {
-    QMetaObject::invokeMethod(this, [this, count] { m_closeOnAccept = count; }, Qt::BlockingQueuedConnection);
+    inAgentThread([this, count] { m_closeOnAccept = count; });
 }
 
-void FakeAgent::setResponder(Responder responder)
+void FakeAgent::setResponder(const std::function<QByteArray(const QByteArray &request)> &responder)
 {
     setScript([responder](const QByteArray &request, int) {
-        return answerPlan(responder ? responder(request) : QByteArray());
+        const QByteArray answer = responder(request);
+        return answer.isEmpty() ? Plan() : Plan{Step::send(answer)};
     });
 }
 
@@ -98,17 +85,6 @@ QList<QByteArray> FakeAgent::requests() const
 {
     QMutexLocker locker(&m_lock);
     return m_requests;
-}
-
-FakeAgent::Plan FakeAgent::drip(const QByteArray &bytes, int msPerByte)
-{
-    Plan plan;
-    for (int i = 0; i < bytes.size(); ++i) {
-        if (i > 0)
-            plan << Step::wait(msPerByte);
-        plan << Step::send(bytes.mid(i, 1));
-    }
-    return plan;
 }
 
 void FakeAgent::onNewConnection()
@@ -174,51 +150,24 @@ void FakeAgent::runOutbox(QTcpSocket *socket)
                 }
             });
             return;
-        case Step::Close:
-            link->outbox.clear();
-            socket->disconnectFromHost();
-            return;
         case Step::Reset:
             link->outbox.clear();
-            resetConnection(socket);
+#ifdef Q_OS_UNIX
+            // A zero linger time makes the close send RST instead of FIN.
+            const linger noLinger{1, 0};
+            ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &noLinger, sizeof noLinger);
+#endif
+            socket->abort();
             return;
         }
     }
 }
 
-void FakeAgent::resetConnection(QTcpSocket *socket)
-{
-#ifdef Q_OS_UNIX
-    // A zero linger time makes the close send RST instead of FIN.
-    const linger noLinger{1, 0};
-    ::setsockopt(int(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &noLinger, sizeof noLinger);
-#endif
-    socket->abort();
-}
-
 QByteArray FakeAgent::answer(quint8 function, const QByteArray &data)
 {
-    QByteArray a(9, '\0');
     const int length = data.size() + 3; // unit + function + byte count + data
-    a[4] = char(length >> 8);
-    a[5] = char(length & 0xFF);
-    a[6] = 0x01;
-    a[7] = char(function);
-    a[8] = char(data.size() & 0xFF);
-    return a + data;
-}
-
-QByteArray FakeAgent::registersAnswer(const QVector<quint16> &registers)
-{
-    QByteArray data;
-    for (quint16 r : registers)
-        data.append(char(r >> 8)).append(char(r & 0xFF));
-    return answer(0x04, data);
-}
-
-QByteArray FakeAgent::alarmAnswer(const QByteArray &nineBytes)
-{
-    return answer(0x02, nineBytes);
+    return QByteArray(4, '\0') + char(length >> 8) + char(length & 0xFF) + char(1) + char(function)
+        + char(data.size() & 0xFF) + data;
 }
 
 QByteArray FakeAgent::alarmBits(const QList<int> &activeNumbers)
@@ -238,10 +187,10 @@ QByteArray FakeAgent::defaultReply(const QByteArray &request)
     if (function == 0x02)
         return alarmAnswer(alarmBits({}));
     if (function == 0x04) {
-        QVector<quint16> regs(quantity);
-        for (int i = 0; i < quantity; ++i)
-            regs[i] = quint16(i + 1);
-        return registersAnswer(regs);
+        QByteArray data;
+        for (int i = 1; i <= quantity; ++i)
+            data.append(char(i >> 8)).append(char(i & 0xFF));
+        return answer(0x04, data);
     }
     if (function == 0x06)
         return request; // a write is echoed

@@ -1,11 +1,8 @@
 #ifndef FAKEAGENT_H
 #define FAKEAGENT_H
 
-#include <QByteArray>
 #include <QHash>
-#include <QList>
 #include <QMutex>
-#include <QObject>
 #include <QThread>
 #include <QVector>
 #include <functional>
@@ -16,30 +13,27 @@ class QTcpSocket;
 // A scriptable Modbus/TCP peer running in its own thread, so that a client
 // blocking in waitForReadyRead in the test's thread still gets its answers.
 // It records every 12-byte request and carries out a plan for each: send
-// bytes, wait, close or reset the connection. Plans run one after the other
-// per connection, so a wait also holds back the answers to later requests,
-// as a stalled agent would.
+// bytes, wait, or reset the connection. Plans run one after the other per
+// connection, so a wait also holds back the answers to later requests, as a
+// stalled agent would.
 class FakeAgent : public QObject
 {
     Q_OBJECT
 public:
     struct Step
     {
-        enum Kind { Send, Wait, Close, Reset };
+        enum Kind { Send, Wait, Reset };
         Kind kind = Send;
         QByteArray bytes; // Send
         int ms = 0;       // Wait
 
         static Step send(const QByteArray &bytes) { return {Send, bytes, 0}; }
         static Step wait(int ms) { return {Wait, QByteArray(), ms}; }
-        static Step close() { return {Close, QByteArray(), 0}; } // orderly close (FIN)
         static Step reset() { return {Reset, QByteArray(), 0}; } // connection reset (RST)
     };
     using Plan = QVector<Step>;
     // The plan for one request; ordinal counts the requests since the script was set.
     using Script = std::function<Plan(const QByteArray &request, int ordinal)>;
-    // One answer per request; an empty answer means none is sent.
-    using Responder = std::function<QByteArray(const QByteArray &request)>;
 
     FakeAgent();
     ~FakeAgent() override;
@@ -48,47 +42,43 @@ public:
     quint16 start(quint16 port = 0);
     // Stops listening and aborts every connection; start() may follow again.
     void stop();
-
-    void setResponder(Responder responder);
-    void setScript(Script script);
-    QList<QByteArray> requests() const;
-
     // Aborts the open connections but keeps listening.
     void dropConnections();
     // The next count connections are closed as soon as they are accepted.
     void closeNextConnections(int count);
 
-    // bytes sent one at a time, msPerByte apart.
-    static Plan drip(const QByteArray &bytes, int msPerByte);
+    // One answer per request; an empty answer means none is sent.
+    void setResponder(const std::function<QByteArray(const QByteArray &request)> &responder);
+    void setScript(Script script);
+    QList<QByteArray> requests() const;
 
-    // Answer builders (transaction id 0, unit 1).
+    // Answers with transaction id 0, unit 1; a reply to each of the four read
+    // requests from a plain register image, and the echo of a write.
     static QByteArray answer(quint8 function, const QByteArray &data);
-    static QByteArray registersAnswer(const QVector<quint16> &registers);
-    static QByteArray alarmAnswer(const QByteArray &nineBytes);
+    static QByteArray alarmAnswer(const QByteArray &nineBytes) { return answer(0x02, nineBytes); }
     static QByteArray alarmBits(const QList<int> &activeNumbers);
-    // A reply for each of the four read requests, from a plain register image.
     static QByteArray defaultReply(const QByteArray &request);
 
 private:
-    // Per connection: request bytes not yet complete and the steps still to run.
-    struct Link
+    struct Link // per connection: request bytes not yet complete, steps still to run
     {
         QByteArray pending;
         QList<Step> outbox;
         bool waiting = false;
     };
 
+    // Runs fn in the agent's thread and returns when it is done.
+    void inAgentThread(const std::function<void()> &fn);
     void onNewConnection();
     void onReadyRead();
     void runOutbox(QTcpSocket *socket);
-    static void resetConnection(QTcpSocket *socket);
 
     QThread m_thread;
     QTcpServer *m_server = nullptr;
     quint16 m_port = 0;
-    int m_closeOnAccept = 0; // agent thread only
+    int m_closeOnAccept = 0;           // agent thread only
     QHash<QTcpSocket *, Link> m_links; // agent thread only
-    mutable QMutex m_lock; // guards the script, its ordinal and the requests
+    mutable QMutex m_lock;             // guards the script, its ordinal and the requests
     Script m_script;
     int m_ordinal = 0;
     QList<QByteArray> m_requests;
