@@ -1,27 +1,24 @@
-// The host's building blocks without a network: command line, dev.ini groups,
-// the console (commands in, device lines out), texts from untrusted data, log
-// files, colours, plug-ins.
+// The host without a network: command line, dev.ini, console, texts from untrusted data, log files,
+// colours, plug-ins, and how it drives a scripted client (calls, names, requests, data).
 #include <QtTest>
 
 #include "consolecommand.h"
 #include "consolemonitor.h"
-#include "devicesession.h"
 #include "eventformatter.h"
 #include "hostoptions.h"
 #include "hosttestsupport.h"
 #include "mainwindow.h"
 #include "orvekclient.h"
 #include "pluginhost.h"
-#include "scriptedclient.h"
 
 using Points = QMap<int, QVariant>;
 
-// Every field of parsed options on one line; additions with the address as
+// Every field of parsed options as "key=value"; additions with the address as
 // --add reads it ("bad" when it cannot).
-static QString describe(const HostOptions &o)
+static QStringList fields(const HostOptions &o)
 {
     if (!o.ok)
-        return QStringLiteral("error: ") + o.error;
+        return {QStringLiteral("error: ") + o.error};
     QStringList added;
     for (const auto &a : o.additions) {
         QString host;
@@ -29,12 +26,10 @@ static QString describe(const HostOptions &o)
         const bool ok = DeviceConfig::parseEndpoint(a.second, &host, &port);
         added << a.first + QLatin1Char('@') + (ok ? host + QLatin1Char(':') + QString::number(port) : "bad");
     }
-    return QStringList{QStringLiteral("help=%1").arg(o.helpRequested), QStringLiteral("headless=%1").arg(o.headless),
-                       QStringLiteral("duration=%1").arg(o.durationSeconds), "shot=" + o.screenshotFile,
-                       "add=" + added.join(QLatin1Char(',')), QStringLiteral("interval=%1").arg(o.interval),
-                       QStringLiteral("retries=%1").arg(o.retries), "plugins=" + o.pluginFolder,
-                       QStringLiteral("level=%1").arg(o.userLevel)}
-        .join(QLatin1Char(' '));
+    return QStringLiteral("help=%1|headless=%2|duration=%3|interval=%4|retries=%5|level=%6")
+               .arg(o.helpRequested).arg(o.headless).arg(o.durationSeconds).arg(o.interval).arg(o.retries)
+               .arg(o.userLevel).split('|')
+           << "shot=" + o.screenshotFile << "add=" + added.join(QLatin1Char(',')) << "plugins=" + o.pluginFolder;
 }
 
 class TestHostUnits : public QObject
@@ -53,25 +48,24 @@ private slots:
     void logFiles();
     void stateColours();
     void pluginFolder();
+    void orderOfCallsAndNames();
+    void routesBothWays(); // view requests to control(), decoded data to the view and the data log
 };
 
 void TestHostUnits::options_data()
 {
     QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("parsed");
-    const QString none = "help=0 headless=0 duration=-1 shot= add= interval=-1 retries=-1 plugins= level=1";
-    QTest::newRow("defaults") << QStringList() << none;
-    QTest::newRow("help wins") << QStringList{"--headless", "-h"} << "help=1" + none.mid(6);
+    QTest::addColumn<QString>("parsed"); // the fields that differ from the defaults
+    QTest::newRow("defaults") << QStringList() << QString();
+    QTest::newRow("help wins") << QStringList{"--headless", "-h"} << "help=1";
     QTest::newRow("console for a while")
-        << QStringList{"-headless", "--duration", "0", "--user-level=0", "--plugins", "/opt/p"}
-        << "help=0 headless=1 duration=0 shot= add= interval=-1 retries=-1 plugins=/opt/p level=0";
-    QTest::newRow("picture") << QStringList{"--screenshot", "w.png", "--user-level", "9"}
-                             << "help=0 headless=0 duration=-1 shot=w.png add= interval=-1 retries=-1 plugins= level=9";
+        << QStringList{"-headless", "--duration", "0", "--user-level=0", "--plugins", "/p"}
+        << "headless=1 duration=0 level=0 plugins=/p";
+    QTest::newRow("picture") << QStringList{"--screenshot", "w.png", "--user-level", "9"} << "level=9 shot=w.png";
     QTest::newRow("add, good and bad HOST:PORT")
         << QStringList{"--add", "ups 1", "127.0.0.1:502", "--add", "b", "[::1]:1502", "--add", "c", "h:0", "--add",
                        "d", "::1:502", "--add", "e", "h:65536", "--add", "f", "h", "--interval", "60", "--retries", "1"}
-        << "help=0 headless=0 duration=-1 shot= add=ups 1@127.0.0.1:502,b@::1:1502,c@bad,d@bad,e@bad,f@bad "
-           "interval=60 retries=1 plugins= level=1";
+        << "interval=60 retries=1 add=ups 1@127.0.0.1:502,b@::1:1502,c@bad,d@bad,e@bad,f@bad";
     QTest::newRow("unknown option") << QStringList{"--bogus"} << "error: Unknown option 'bogus'.";
     QTest::newRow("value missing") << QStringList{"--duration"} << "error: Missing value after '--duration'.";
     QTest::newRow("duration text") << QStringList{"--duration", "5s"} << "error: --duration needs a number of seconds";
@@ -90,7 +84,15 @@ void TestHostUnits::options_data()
 void TestHostUnits::options()
 {
     QFETCH(QStringList, arguments);
-    QTEST(describe(HostOptions::parse(QStringList{"orvek-host"} + arguments)), "parsed");
+    // Console off, run until stopped, operator level.
+    const QStringList defaults = fields(HostOptions());
+    QCOMPARE(defaults.join(' '), "help=0 headless=0 duration=-1 interval=-1 retries=-1 level=1 shot= add= plugins=");
+    QStringList changed;
+    for (const QString &field : fields(HostOptions::parse(QStringList{"orvek-host"} + arguments))) {
+        if (!defaults.contains(field))
+            changed << field;
+    }
+    QTEST(changed.join(QLatin1Char(' ')), "parsed");
 }
 
 void TestHostUnits::configSaveAndReadBack()
@@ -112,12 +114,10 @@ void TestHostUnits::configSaveAndReadBack()
 
     // Names that are no group name, no address, ports out of range, values
     // that QSettings would write escaped (the file could then not be read).
-    const QList<DeviceEntry> rejected = {{"a/b", "127.0.2.1", 502, -1, -1, -1, {}},
-                                         {"c", "  ", 502, -1, -1, -1, {}},
-                                         {"d", "127.0.2.1", 65536, -1, -1, -1, {}},
-                                         {"e", "127.0.\"2.1", 502, -1, -1, -1, {}},
-                                         {"f", "h\x01st", 502, -1, -1, -1, {}},
-                                         {"g", "::1", 502, -1, -1, -1, "@Variant"}};
+    const QList<DeviceEntry> rejected = {
+        {"a/b", "127.0.2.1", 502, -1, -1, -1, {}}, {"c", "  ", 502, -1, -1, -1, {}},
+        {"d", "127.0.2.1", 65536, -1, -1, -1, {}}, {"e", "127.0.\"2.1", 502, -1, -1, -1, {}},
+        {"f", "h\x01st", 502, -1, -1, -1, {}},    {"g", "::1", 502, -1, -1, -1, "@Variant"}};
     for (const DeviceEntry &bad : rejected) {
         QString error;
         QVERIFY2(!config.save(bad, &error) && !error.isEmpty(), qPrintable(bad.name));
@@ -186,13 +186,10 @@ void TestHostUnits::consoleDeviceLine()
     QFETCH(QVariant, state);
     QFETCH(Points, data);
     QFETCH(int, age);
-    QTemporaryDir dir;
-    DeviceHost host(dir.path());
-    ScriptedClient factory;
-    factory.eventTexts = OrvekClient().getEventLogDesc();
-    DeviceSession *session = host.addDevice(&factory, QStringLiteral("ups-c"));
-    QVERIFY(session);
-    auto *client = static_cast<ScriptedClient *>(session->client());
+    ScriptedHost h;
+    ScriptedClient *client = h.start(QStringLiteral("ups-c"));
+    QVERIFY(client);
+    DeviceSession *session = h.host.session(QStringLiteral("ups-c"));
     if (state.isValid())
         client->flushUpsInfo(QStringLiteral("state"), state);
     client->flushUpsInfo(QStringLiteral("upsIdentModel"), QByteArray("Tower 3k\0\0\0", 11));
@@ -208,11 +205,10 @@ void TestHostUnits::consoleDeviceLine()
     QTEST(ConsoleMonitor::deviceLine(session, session->lastDataTime().addSecs(age)), "line");
 
     // The status block: a head with the counts, then a line per device.
-    const QString block = ConsoleMonitor(&host, nullptr).statusBlock();
+    const QString block = ConsoleMonitor(&h.host, nullptr).statusBlock();
     const int communicating = state.isValid() && state.toInt() == 0;
     QVERIFY2(block.contains(QStringLiteral(" 1 device(s), %1 communicating ==\n  ups-c  ").arg(communicating))
-                 && block.count(QLatin1Char('\n')) == 1,
-             qPrintable(block));
+             && block.count(QLatin1Char('\n')) == 1, qPrintable(block));
 }
 
 void TestHostUnits::textsFromUntrustedData()
@@ -244,13 +240,13 @@ void TestHostUnits::logFiles()
     const QDate day1(2024, 2, 28);
     // Data rows: a file per device and day, each with its header; fields with
     // commas, quotes and blanks at the ends are quoted.
-    QVERIFY(logs.writeDataRow(QDateTime(day1, QTime(23, 59, 58)), "../1", header, {" say \"hi\"", "230/229,231"}));
+    QVERIFY(logs.writeDataRow(QDateTime(day1, QTime(23, 59, 58)), "../1", header, {" 230", "say \"hi\",231"}));
     QVERIFY(logs.writeDataRow(QDateTime(day1.addDays(1), QTime(0, 0, 1)), "../1", header, {"0", "0"}));
     // Device names become parts of file names: no folders, no hidden files.
     QCOMPARE(QFileInfo(logs.dataFilePath("../1", day1)).fileName(), QStringLiteral("data-_._1-2024-02-28.csv"));
     QCOMPARE(HostTest::fileLines(logs.dataFilePath("../1", day1)),
              (QStringList{"time,Input voltage(V),Output voltage(V)",
-                          "2024-02-28 23:59:58,\" say \"\"hi\"\"\",\"230/229,231\""}));
+                          "2024-02-28 23:59:58,\" 230\",\"say \"\"hi\"\",231\""}));
     QCOMPARE(HostTest::fileLines(logs.dataFilePath("../1", day1.addDays(1))).size(), 2);
 
     // Events: one line per event, tabs and line breaks taken out of the fields.
@@ -275,15 +271,77 @@ void TestHostUnits::stateColours()
 
 void TestHostUnits::pluginFolder()
 {
-    // Libraries that are no plug-in or are damaged: with the host's faults.
-    PluginHost plugins;
-    QCOMPARE(plugins.loadFolder(builtBinaryDir()), 1);
-    QCOMPARE(plugins.loadFolder(builtBinaryDir()), 1); // nothing added twice
-    QCOMPARE(plugins.classNames(), QStringList{QStringLiteral("OrvekClient")});
-    QVERIFY(qobject_cast<OrvekClient *>(plugins.factory()));
+    PluginHost plugins; // broken libraries: with the host's faults
+    for (int round = 0; round < 2; ++round) // nothing added twice
+        QCOMPARE(plugins.loadFolder(builtBinaryDir()), 1);
+    QVERIFY(qobject_cast<OrvekClient *>(plugins.factory())); // the first, for devices that name none
     QCOMPARE(plugins.factory(QStringLiteral("OrvekClient")), plugins.factory());
     QVERIFY(!plugins.factory(QStringLiteral("SomeOtherClient")));
     QCOMPARE(PluginHost().loadFolder(builtBinaryDir() + QStringLiteral("/missing")), 0);
+}
+
+void TestHostUnits::orderOfCallsAndNames()
+{
+    ScriptedClient::journal.clear();
+    ScriptedHost h;
+    ScriptedClient *client = h.start(QStringLiteral("ups 1"));
+    QVERIFY(client && client->isRunning());
+    QCOMPARE(ScriptedClient::journal, (QStringList{"create", "loadConfig:ups 1", "getView"}));
+    QCOMPARE(h.host.session(QStringLiteral("ups 1"))->view(), client->view);
+    QVERIFY(HostTest::noticeTexts(h.host, QStringLiteral("retries")).isEmpty());
+
+    // A taken name, a factory without clients, no factory at all.
+    QVERIFY(!h.start(QStringLiteral("ups 1")));
+    h.factory.makesClients = false;
+    QVERIFY(!h.start(QStringLiteral("dev-b")));
+    h.factory.makesClients = true;
+    QVERIFY(!h.host.addDevice(nullptr, QStringLiteral("dev-c")));
+    QCOMPARE(HostTest::noticeTexts(h.host, QStringLiteral("not started")),
+             (QStringList{"ups 1:not started a second time: a device of that name is already running",
+                          "dev-b:not started: the plug-in made no client for it",
+                          "dev-c:not started: the plug-in made no client for it"}));
+
+    // Names that make one file name: each still writes a data log of its own.
+    QVERIFY(h.start(QStringLiteral("ups_1")));
+    const QStringList clash = HostTest::noticeTexts(h.host, QStringLiteral("would share one file name"));
+    QVERIFY2(clash.size() == 1 && clash.first().startsWith("ups_1:") && clash.first().contains("\"ups 1\""),
+             qPrintable(clash.join('\n')));
+    const QStringList names = h.host.deviceNames();
+    QCOMPARE(names, (QStringList{"ups 1", "ups_1"}));
+    for (int i = 0; i < names.size(); ++i)
+        static_cast<ScriptedClient *>(h.host.session(names.at(i))->client())->sendData({{9, 200 + i}});
+    for (int i = 0; i < names.size(); ++i) {
+        const QString path = h.host.logs().dataFilePath(names.at(i), QDate::currentDate());
+        QTRY_COMPARE(HostTest::fileLines(path).size(), 2); // header and its own row only
+        QCOMPARE(HostTest::csvFields(HostTest::fileLines(path).at(1)).value(1), QString::number(200 + i));
+    }
+}
+
+void TestHostUnits::routesBothWays()
+{
+    ScriptedHost h;
+    ScriptedClient *client = h.start(QStringLiteral("dev/a"));
+    QVERIFY(client);
+    DeviceSession *session = h.host.session(QStringLiteral("dev/a"));
+    QSignalSpy events(session, &DeviceSession::eventReceived);
+    for (int id : {1002, 1003, 1014, 1015}) // the ends of the control range and their neighbours
+        client->view->control(id, QString::number(id)); // what the view's widgets do
+    QVERIFY(client->controls.isEmpty());                // queued, not a direct call
+    // Answers without data points (alarms, identity) and junk in their place: nothing to show or log.
+    emit client->postDEvent(2007, {{"dis_alarm", 0}});
+    emit client->postDEvent(2007, {{"data", QStringLiteral("junk")}, {"raw_data", QByteArray(146, '\0')}});
+    const Points data{{9, 230}, {2000, 1}};
+    client->sendData(data);
+    QTRY_COMPARE(events.count(), 7);
+    QCOMPARE(client->controls, (QList<QPair<int, QString>>{{1003, "1003"}, {1014, "1014"}}));
+    QCOMPARE(client->view->calls, QStringList({"flushData", "refreshData"}));
+    QCOMPARE(client->view->dataMap, data);
+    QCOMPARE(session->latestData(), data);
+    QVERIFY(session->status().alarmActive);
+    // One header and one row; every column the plug-in formats is written, commas quoted.
+    const QStringList lines = HostTest::fileLines(h.host.logs().dataFilePath(session->name(), QDate::currentDate()));
+    QCOMPARE(lines.size(), 2);
+    QCOMPARE(HostTest::csvFields(lines.at(1)).mid(1), (QStringList{"230", "a,b"}));
 }
 
 QTEST_MAIN(TestHostUnits)

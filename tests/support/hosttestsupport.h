@@ -4,32 +4,27 @@
 // Helpers of the host tests; header-only, as the core-only builds lack the host.
 
 #include <QFile>
+#include <QPair>
 #include <QRegularExpression>
+#include <QTemporaryDir>
 #include <QTextStream>
 
+#include "collectthread.h"
+#include "collectview.h"
 #include "deviceconfig.h"
 #include "devicehost.h"
+#include "devicesession.h"
+#include "orvekclient.h"
 #include "testconfig.h"
 
 namespace HostTest {
 
-// A device group aimed at 127.0.0.1:port in the dev.ini the plug-in reads.
-// interval 1 gives one tick a second.
-inline void writeDevice(const QString &name, quint16 port, int retries = 1, int interval = 1)
+// A device group aimed at 127.0.0.1:port in the dev.ini the plug-in reads
+// (one tick a second); the entry to start it by, the rest read from dev.ini.
+inline DeviceEntry writeDevice(const QString &name, quint16 port, int retries)
 {
-    writeDeviceConfig(name, QVariantMap{{QStringLiteral("ipAddr"), QStringLiteral("127.0.0.1")},
-                                        {QStringLiteral("port"), port},
-                                        {QStringLiteral("retries"), retries},
-                                        {QStringLiteral("interval"), interval}});
-}
-
-// Device entries by name only; the rest comes from dev.ini.
-inline QList<DeviceEntry> entries(const QStringList &names)
-{
-    QList<DeviceEntry> list;
-    for (const QString &name : names)
-        list << DeviceEntry{name, QString(), 0, -1, -1, -1, QString()};
-    return list;
+    writeDeviceConfig(name, {{"ipAddr", "127.0.0.1"}, {"port", port}, {"retries", retries}, {"interval", 1}});
+    return DeviceEntry{name, QString(), 0, -1, -1, -1, QString()};
 }
 
 inline bool writeFile(const QString &path, const QByteArray &bytes)
@@ -41,14 +36,9 @@ inline bool writeFile(const QString &path, const QByteArray &bytes)
 inline QStringList fileLines(const QString &path)
 {
     QFile file(path);
-    QStringList lines;
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return lines;
-    QTextStream in(&file);
-    in.setCodec("UTF-8");
-    while (!in.atEnd())
-        lines << in.readLine();
-    return lines;
+        return {};
+    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
 // Splits one CSV line (RFC 4180 quoting, no line breaks inside fields).
@@ -63,17 +53,6 @@ inline QStringList csvFields(const QString &line)
     return fields;
 }
 
-// Lines of the event log that name the device, split at the tabs.
-inline QList<QStringList> eventLines(const QString &path, const QString &device)
-{
-    QList<QStringList> out;
-    for (const QString &line : fileLines(path)) {
-        if (line.section(QLatin1Char('\t'), 1, 1) == device)
-            out << line.split(QLatin1Char('\t'));
-    }
-    return out;
-}
-
 // "device:text" of the host's notices that contain part.
 inline QStringList noticeTexts(const DeviceHost &host, const QString &part)
 {
@@ -86,5 +65,81 @@ inline QStringList noticeTexts(const DeviceHost &host, const QString &part)
 }
 
 } // namespace HostTest
+
+// A device view that records what the host hands to it.
+class ScriptedView : public CollectView
+{
+    Q_OBJECT
+public:
+    QStringList calls;
+    void flushData(QMap<int, QVariant> d) override
+    {
+        CollectView::flushData(d);
+        calls << QStringLiteral("flushData");
+    }
+    void refreshData() override { calls << QStringLiteral("refreshData"); }
+};
+
+// A device client that does nothing on its own: the test makes it emit. As a
+// factory it journals the host's calls and hands its settings on.
+class ScriptedClient : public CollectThread
+{
+    Q_OBJECT
+public:
+    static inline QStringList journal; // factory and client calls, in order
+    bool makesClients = true;
+    ScriptedView *view = nullptr;
+    QList<QPair<int, QString>> controls;
+
+    ~ScriptedClient() override { delete view; }
+
+    CollectThread *create(void *) override
+    {
+        journal << QStringLiteral("create");
+        if (!makesClients)
+            return nullptr;
+        return new ScriptedClient;
+    }
+    void loadConfig() override
+    {
+        journal << QStringLiteral("loadConfig:") + name;
+        retries = 2; // the least the host does not warn about
+    }
+    CollectView *getView() override
+    {
+        journal << QStringLiteral("getView");
+        if (!view) {
+            view = new ScriptedView;
+            connect(view, &CollectView::postDEvent, this, &CollectThread::postDEvent);
+        }
+        return view;
+    }
+    int control(int id, QString value) override
+    {
+        controls << qMakePair(id, value);
+        return 1;
+    }
+    QStringList getEventLogDesc() override { return OrvekClient().getEventLogDesc(); } // names the alarms
+    QStringList getDataLogDesc() override { return {QStringLiteral("Input"), QStringLiteral("Mode")}; }
+    QStringList changeLogData(QMap<int, QVariant> data) override { return {data.value(9).toString(), "a,b"}; }
+
+    // The host takes events queued, as from a client thread, from any thread.
+    void sendData(const QMap<int, QVariant> &data) { emit postDEvent(2007, {{"data", QVariant::fromValue(data)}}); }
+};
+
+// A host without plug-ins whose devices are scripted clients; logs below a
+// temporary folder unless told otherwise.
+struct ScriptedHost
+{
+    explicit ScriptedHost(const QString &logFolder = QString()) : host(logFolder.isEmpty() ? dir.path() : logFolder) {}
+    ScriptedClient *start(const QString &name) // null when the host refuses
+    {
+        DeviceSession *session = host.addDevice(&factory, name);
+        return session ? static_cast<ScriptedClient *>(session->client()) : nullptr;
+    }
+    QTemporaryDir dir;
+    DeviceHost host;
+    ScriptedClient factory;
+};
 
 #endif // HOSTTESTSUPPORT_H
