@@ -2,8 +2,6 @@
 // on a scaled-down diagram), the paint layers with the capacity colours, and long panel texts.
 #include <QtTest>
 
-#include <QImage>
-#include <QMouseEvent>
 #include <QPainter>
 
 #include <functional>
@@ -11,6 +9,7 @@
 #include "energyline.h"
 #include "energylinegeometry.h"
 #include "paneltextcache.h"
+#include "viewsampledata.h"
 
 using DataPoints = QMap<int, QVariant>;
 using Change = std::function<void(Energyline &)>;
@@ -21,7 +20,6 @@ namespace {
 const QSize kFullSize(900, 700); // the diagram is drawn unscaled
 const QSize kTabPage(741, 483);
 
-// One letter per flag that is on, '-' where it is off.
 QString flagWord(std::initializer_list<bool> on, const char *letters)
 {
     QString word = QString::fromLatin1(letters);
@@ -49,8 +47,6 @@ void press(Energyline &view, const QPointF &offset)
     QCoreApplication::sendEvent(&view, &event);
 }
 
-QImage paint(Energyline &view) { return view.grab().toImage(); }
-
 DataPoints utility(int capacity)
 {
     return {{24, 3}, {0, 7}, {3, capacity}, {9, 230}, {27, 229}, {4000, QByteArray("UPS 3KVA")}};
@@ -66,8 +62,7 @@ private slots:
     {
         QTest::addColumn<DataPoints>("map");
         QTest::addColumn<QString>("expected");
-        QByteArray model("UPS  3KVA\tONLINE   ");
-        model.append(QByteArray(40, '\0'));
+        const QByteArray model = ViewSampleData::identityBlock("UPS  3KVA\tONLINE   ", 59);
         QTest::newRow("single phase")
             << DataPoints{{8, 1}, {9, 230}, {12, 35}, {15, 499}, {43, 1}, {44, 220}, {26, 1}, {25, 600}, {27, 229},
                           {30, 1523}, {33, 12}, {34, 99}, {39, 35}, {40, 36}, {6, 1000}, {0, 1}, {4000, model}}
@@ -146,7 +141,6 @@ private slots:
         QTest::newRow("load bottom-right corner") << kFullSize << QPointF(300, 37.4) << "ibu-t";
         QTest::newRow("battery, toggles device too") << kFullSize << QPointF(0, 100) << "ib-l-";
         QTest::newRow("rectifier does not react") << kFullSize << QPointF(-92, 0) << "ibult";
-        // Scaled-down diagrams: presses are mapped back through the paint transform.
         QTest::newRow("tab page, load") << kTabPage << QPointF(260, 0) << "ibu-t";
         // Its pixel offset (about 260) lies in the load block if the scaling is not undone.
         QTest::newRow("tab page, right of load") << kTabPage << QPointF(350, 0) << "ibult";
@@ -171,16 +165,16 @@ private slots:
         QTest::addColumn<QSize>("size");
         QTest::addColumn<Change>("change");
         QTest::addColumn<QPointF>("sample"); // from the centre
-        QTest::addColumn<QColor>("colour"); // invalid: the window background
+        QTest::addColumn<QColor>("colour");
         const auto capacity = [](int percent) { return Change([=](Energyline &v) { v.flushData(utility(percent)); }); };
         const QPointF nearBottom(-15, 150);
-        QTest::newRow("20 % red") << kFullSize << capacity(20) << nearBottom << QColor(Qt::red);
-        QTest::newRow("21 % yellow") << kFullSize << capacity(21) << nearBottom << QColor(Qt::yellow);
-        QTest::newRow("60 % yellow") << kFullSize << capacity(60) << nearBottom << QColor(Qt::yellow);
-        QTest::newRow("61 % green") << kFullSize << capacity(61) << nearBottom << QColor(Qt::green);
-        QTest::newRow("50 % stops half way") << kFullSize << capacity(50) << QPointF(-15, 100) << QColor();
+        for (const auto &[percent, colour] : {std::pair<int, QColor>(20, Qt::red), {21, Qt::yellow}, {60, Qt::yellow},
+                                              {61, Qt::green}})
+            QTest::addRow("%d %%", percent) << kFullSize << capacity(percent) << nearBottom << colour;
+        QTest::newRow("50 % stops half way") << kFullSize << capacity(50) << QPointF(-15, 100)
+                                             << QApplication::palette().window().color();
         QTest::newRow("150 % not clamped") << kFullSize << capacity(150) << QPointF(-15, 60) << QColor(Qt::green);
-        QTest::newRow("new data, scaled") << kTabPage << capacity(10) << QPointF(-15, 150) << QColor(Qt::red);
+        QTest::newRow("new data, scaled") << kTabPage << capacity(10) << nearBottom << QColor(Qt::red);
         const Change toggle = [](Energyline &v) { press(v, QPointF(0, 100)); };
         QTest::newRow("panels toggled") << kFullSize << toggle << nearBottom << QColor(Qt::yellow);
         const Change resize = [](Energyline &v) { v.resize(kFullSize); };
@@ -191,18 +185,16 @@ private slots:
         QFETCH(QSize, size);
         QFETCH(Change, change);
         QFETCH(QPointF, sample);
-        QFETCH(QColor, colour);
         Energyline view, fresh;
         for (Energyline *v : {&view, &fresh})
             v->resize(size), v->flushData(utility(40));
-        const QImage before = paint(view);
+        const QImage before = view.grab().toImage();
         change(view);
         change(fresh);
-        const QImage after = paint(view);
+        const QImage after = view.grab().toImage();
         QVERIFY(after != before);
-        QCOMPARE(after, paint(fresh));
-        const QColor expected = colour.isValid() ? colour : view.palette().window().color();
-        QCOMPARE(after.pixelColor(at(view, sample).toPoint()), expected);
+        QCOMPARE(after, fresh.grab().toImage());
+        QTEST(after.pixelColor(at(view, sample).toPoint()), "colour");
     }
     // A long identity text is drawn smaller, then elided, within its panel.
     void longTextsShrinkThenElide()
@@ -221,8 +213,8 @@ private slots:
         plain.resize(kFullSize), crowded.resize(kFullSize);
         plain.flushData({});
         crowded.flushData({{4000, longText}, {4001, longText}, {4002, longText}});
-        const QImage a = paint(plain);
-        QImage b = paint(crowded);
+        const QImage a = plain.grab().toImage();
+        QImage b = crowded.grab().toImage();
         const QRect panel = EnergylineGeometry(kFullSize).panelRect(EnergylineGeometry::DevicePanel).toAlignedRect();
         QVERIFY(a.copy(panel) != b.copy(panel));
         QPainter(&b).drawImage(panel.topLeft(), a.copy(panel));

@@ -1,6 +1,5 @@
-// The trend curve widgets of the graphic pages: the four-curve DynamicChart and the six-curve
-// ThreeDynamicChart share sample buffers, trimming, painting and a cached layer; rows name the
-// widget they run on.
+// The trend curve widgets of the graphic pages: the four-curve DynamicChart and the six-curve ThreeDynamicChart
+// share sample buffers, trimming, painting and a cached layer; rows name the widget they run on.
 #include <QtTest>
 
 #include <functional>
@@ -36,9 +35,9 @@ int countColour(const QImage &image, const QColor &colour, const QRect &area)
     return count;
 }
 
-void fill(TrendChart &chart, int curve, int count)
+void fill(TrendChart &chart, int curve, int first, int last)
 {
-    for (int i = 1; i <= count; ++i)
+    for (int i = first; i <= last; ++i)
         chart.addData(curve, i);
 }
 
@@ -76,11 +75,10 @@ private slots:
         chart->addData(-1, 99.0);
         QCOMPARE(chart->curveMap().size(), chart->curveCount());
         // The first sample is doubled: the buffer stays one ahead of the pushes.
-        fill(*chart, curve, maxSamples - 1);
+        fill(*chart, curve, 1, maxSamples - 1);
         QCOMPARE(chart->bufferData(curve).mid(maxSamples - 2), QVector<double>({1.0, 1.0}));
         // Each further push drops the oldest sample.
-        for (int i = maxSamples; i <= maxSamples + 5; ++i)
-            chart->addData(curve, i);
+        fill(*chart, curve, maxSamples, maxSamples + 5);
         const QVector<double> buffer = chart->bufferData(curve);
         QCOMPARE(buffer.size(), maxSamples);
         QCOMPARE(buffer.first(), double(maxSamples + 5));
@@ -89,7 +87,7 @@ private slots:
         // In a narrower box each resize event trims the phase curves 0 to 2 by one sample, in the
         // buffers and in what is drawn; the others wait for their own samples.
         for (int k = 0; k < chart->curveCount(); ++k)
-            fill(*chart, k, maxSamples);
+            fill(*chart, k, 1, maxSamples);
         chart->resize(width * 2 / 3, 300);
         chart->grab(); // lays the box out at the new width
         QResizeEvent event(chart->size(), chart->size());
@@ -164,11 +162,10 @@ private slots:
     {
         QTest::addColumn<bool>("three");
         QTest::addColumn<Change>("change");
-        const Change font = [](TrendChart &c) { c.setFont(QFont(QStringLiteral("DejaVu Sans"), 16)); };
         const Change aliased = [](TrendChart &c) {
             QMetaObject::invokeMethod(&c, "setUseAntialiasing", Q_ARG(bool, false));
         };
-        QTest::newRow("dynamic, font") << false << font;
+        QTest::newRow("dynamic, font") << false << Change([](TrendChart &c) { c.setFont(QFont("DejaVu Sans", 16)); });
         QTest::newRow("three, antialiasing off") << true << aliased;
         QTest::newRow("dynamic, resized") << false << Change([](TrendChart &c) { c.resize(300, 260); });
         QTest::newRow("three, new samples") << true << Change([](TrendChart &c) { c.setCurveData(4, {20, 30, 40}); });
