@@ -77,38 +77,37 @@ void TestClient::lostAndRestored()
 {
     QFETCH(bool, threaded);
     Rig rig(false, 3);
-    EventRecorder &rec = rig.rec;
     if (threaded) {
         rig.client.interval = 4; // run() divides again: one tick a second
         rig.client.start();
-        QTRY_VERIFY_WITH_TIMEOUT(rec.count(1041) == 1, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(rig.rec.count(1041) == 1, 10000);
     } else {
         rig.tick(2);
-        QCOMPARE(rec.count(1041), 0);
+        QCOMPARE(rig.rec.count(1041), 0);
         QCOMPARE(rig.client.lostState, -1);
         rig.tick();
     }
-    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
-    const auto lost = rec.events().first().second;
+    QCOMPARE(rig.rec.types(), (QList<int>{1041, 2001}));
+    const auto lost = rig.rec.events().first().second;
     QCOMPARE(QList<QVariant>({lost.value("lost"), lost.value("state"), lost.value("desc")}),
              QList<QVariant>({1, 1, "test-ups"}));
-    QCOMPARE(rec.events().at(1).second, lost);
+    QCOMPARE(rig.rec.events().at(1).second, lost);
 
     // Further failures report nothing more.
     if (threaded)
         QTest::qWait(2500); // two or three more failed attempts
     else
         rig.tick(2);
-    QCOMPARE(rec.types(), (QList<int>{1041, 2001}));
+    QCOMPARE(rig.rec.types(), (QList<int>{1041, 2001}));
 
     // The agent comes back on the same port: connect, then the first answer.
     QCOMPARE(rig.agent.start(rig.port), rig.port);
     if (threaded)
-        QTRY_VERIFY_WITH_TIMEOUT(rec.count(1040) == 1, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(rig.rec.count(1040) == 1, 10000);
     else
         rig.tick(2);
-    QCOMPARE(rec.types().mid(0, 5), (QList<int>{1041, 2001, 1040, 2001, 2007}));
-    QCOMPARE(rec.ofType(1040).first().second.value("state").toInt(), 0);
+    QCOMPARE(rig.rec.types().mid(0, 5), (QList<int>{1041, 2001, 1040, 2001, 2007}));
+    QCOMPARE(rig.rec.ofType(1040).first().second.value("state").toInt(), 0);
     QCOMPARE(rig.client.failCount, 0);
 
     if (threaded) {
@@ -181,9 +180,7 @@ void TestClient::loadConfig()
 {
     QFETCH(QVariantMap, values);
     const QString device = QStringLiteral("cfg-%1").arg(QTest::currentDataTag()).replace(' ', '_');
-    values.insert(QStringLiteral("eventChooseList/3"), 1);
-    values.insert(QStringLiteral("eventChooseList/108"), 1);
-    values.insert(QStringLiteral("eventChooseList/2"), QStringLiteral("yes"));
+    values.insert(QVariantMap{{"eventChooseList/3", 1}, {"eventChooseList/108", 1}, {"eventChooseList/2", "yes"}});
     writeDeviceConfig(device, values);
 
     OrvekClient client;
@@ -216,7 +213,8 @@ void TestClient::unsafeDeviceFile_data()
     QTest::newRow("hex escape") << device + "port=\\x40Variant(\\0)\n" << 4;
     QTest::newRow("octal escape") << device + "port=\\100Variant(\\0)\n" << 4;
     QTest::newRow("continued value") << device + "plugin=a\\\n@Variant(\\0)\n" << 4;
-    QTest::newRow("carriage returns") << QByteArray("[ups1]\r\nport=502\r\nretries=1\r@Variant(\\0)\r\n") << 4; // a lone CR ends a line
+    // A lone CR ends a line.
+    QTest::newRow("carriage returns") << QByteArray("[ups1]\r\nport=502\r\nretries=1\r@Variant(\\0)\r\n") << 4;
     QTest::newRow("crlf line numbers") << QByteArray("[ups1]\r\nport=502\r\nretries=@Variant(\\0)\r\n") << 3;
 }
 
@@ -226,8 +224,7 @@ void TestClient::unsafeDeviceFile()
     QTemporaryDir dir;
     QFile file(dir.filePath(QStringLiteral("dev.ini")));
     if (!content.isNull()) {
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(content), qint64(content.size()));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
         file.close();
     }
     QTEST(IniFileCheck::unsafeLine(file.fileName()), "line");
@@ -338,14 +335,13 @@ void TestClient::commandsFromAnotherThread()
     QVERIFY(rig.client.wait(10000));
 
     // Every command once, each producer's in the order it queued them.
-    QMap<int, int> lastIndex;
+    QMap<int, int> next;
     for (const auto &e : rig.rec.ofType(1042)) {
         const QStringList parts = e.second.value("controlValue").toString().split('-');
-        QCOMPARE(parts.at(1).toInt(), lastIndex.value(parts.at(0).toInt(), -1) + 1);
-        lastIndex[parts.at(0).toInt()] = parts.at(1).toInt();
+        QCOMPARE(parts.at(1).toInt(), next[parts.at(0).toInt()]++);
         QCOMPARE(e.second.value("result").toInt(), 1);
     }
-    QCOMPARE(lastIndex, (QMap<int, int>{{0, kPerProducer - 1}, {1, kPerProducer - 1}}));
+    QCOMPARE(next, (QMap<int, int>{{0, kPerProducer}, {1, kPerProducer}}));
     QCOMPARE(rig.writes(), kProducers * kPerProducer);
 }
 

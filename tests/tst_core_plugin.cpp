@@ -8,13 +8,6 @@
 #include "orvekclient.h"
 #include "testconfig.h"
 
-namespace {
-QString pluginPath()
-{
-    return builtBinaryDir() + QStringLiteral("/libOrvekClient.so");
-}
-} // namespace
-
 class TestPlugin : public QObject
 {
     Q_OBJECT
@@ -23,12 +16,14 @@ private slots:
     void loaderFactoryAndRelease();
     void rootInstanceIsReusedAndRemade();
     void hostContractBySpelledSignatures();
-    void utfToChinaRepairsLatin1();
+
+private:
+    const QString pluginPath = builtBinaryDir() + QStringLiteral("/libOrvekClient.so");
 };
 
 void TestPlugin::loaderFactoryAndRelease()
 {
-    QPluginLoader loader(pluginPath());
+    QPluginLoader loader(pluginPath);
     const QJsonObject meta = loader.metaData();
     QCOMPARE(meta.value("IID").toString(), QStringLiteral("com.wenk.Qt.ProInterface"));
     QCOMPARE(meta.value("className").toString(), QStringLiteral("OrvekClient"));
@@ -58,7 +53,7 @@ void TestPlugin::loaderFactoryAndRelease()
 
 void TestPlugin::rootInstanceIsReusedAndRemade()
 {
-    QLibrary library(pluginPath());
+    QLibrary library(pluginPath);
     QVERIFY2(library.load(), qPrintable(library.errorString()));
     using InstanceFn = QObject *(*)();
     auto instance = reinterpret_cast<InstanceFn>(library.resolve("qt_plugin_instance"));
@@ -97,11 +92,8 @@ void TestPlugin::hostContractBySpelledSignatures()
     QCOMPARE(spy.count(), 1);
     QCOMPARE(spy.at(0).at(0).toInt(), 5);
     QCOMPARE(spy.at(0).at(1).value<EventMap>(), (EventMap{{"controlId", 5}, {"controlValue", "1"}, {"name", "ups-7"}}));
-}
 
-void TestPlugin::utfToChinaRepairsLatin1()
-{
-    OrvekClient client;
+    // UTF-8 text that was read as Latin-1 comes back whole.
     const QString original = QStringLiteral("Serverraum Süd 机房");
     QCOMPARE(client.utfToChina(QString::fromLatin1(original.toUtf8())), original);
 }

@@ -1,7 +1,6 @@
-// The simulated agent: its scenarios, command effects, profiles and data point
-// image; on the wire its register writes and errors, other unit ids, the
-// buzzer toggle, and the command-line tool. (The polling cycle's answers are
-// decoded by the real client in the end-to-end tests.)
+// The simulated agent: scenarios, command effects, profiles and data point image; on the wire its
+// register writes and errors, other unit ids, the buzzer toggle, and the command-line tool. (The
+// polling cycle's answers are decoded by the real client in the end-to-end tests.)
 #include <QProcess>
 #include <QTcpSocket>
 #include <QtEndian>
@@ -13,9 +12,6 @@
 namespace {
 
 constexpr int kWaitMs = 5000;
-
-// The client's read request for the measurements at 0x0101.
-const QByteArray kReadMeasurements = QByteArray::fromHex("000000000006010401010049");
 
 QByteArray frame(quint8 unit, quint8 function, quint16 first, quint16 second)
 {
@@ -41,9 +37,12 @@ QByteArray exchange(QTcpSocket &socket, const QByteArray &request, int expected,
     return answer;
 }
 
-quint16 registerAt(const QByteArray &answer, int n)
+// Register n of the measurements at 0x0101, read as the client reads them;
+// -1 unless the answer came whole with nothing left over.
+int measurementRegister(QTcpSocket &socket, int n)
 {
-    return qFromBigEndian<quint16>(answer.constData() + 9 + 2 * n);
+    const QByteArray answer = exchange(socket, frame(1, 0x04, 0x0101, 0x49), 9 + 0x92);
+    return answer.size() == 9 + 0x92 ? qFromBigEndian<quint16>(answer.constData() + 9 + 2 * n) : -1;
 }
 
 } // namespace
@@ -198,13 +197,11 @@ void TestSim::registerWrites()
     QCOMPARE(sim.writes().size(), 1);
 
     // Every buzzer write toggles it, whatever the value; measurement 65
-    // shows 2 (enabled) or 1. The answers come whole, nothing left over.
-    for (quint16 state : {1, 2}) {
+    // shows 2 (enabled) or 1.
+    for (int state : {1, 2}) {
         QCOMPARE(exchange(socket, frame(1, 0x06, 3, 0xFFFF), 12).size(), 12);
         QCOMPARE(sim.buzzerEnabled(), state == 2);
-        const QByteArray answer = exchange(socket, kReadMeasurements, 9 + 0x92);
-        QCOMPARE(answer.size(), 9 + 0x92);
-        QCOMPARE(registerAt(answer, 65), state);
+        QCOMPARE(measurementRegister(socket, 65), state);
     }
 }
 
@@ -226,9 +223,7 @@ void TestSim::commandLineTool()
     QTcpSocket socket;
     QVERIFY(connectTo(socket, port));
     QCOMPARE(exchange(socket, frame(1, 0x06, 7, 30), 12), frame(1, 0x06, 7, 30));
-    const QByteArray measurements = exchange(socket, kReadMeasurements, 9 + 0x92);
-    QCOMPARE(measurements.size(), 9 + 0x92);
-    QCOMPARE(registerAt(measurements, 8), quint16(3)); // three phases
+    QCOMPARE(measurementRegister(socket, 8), 3); // three phases
     QTRY_VERIFY_WITH_TIMEOUT((log += tool.readAllStandardOutput()).contains("write register 7 value 30"), kWaitMs);
 
     tool.terminate(); // SIGTERM ends it cleanly
