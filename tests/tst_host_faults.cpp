@@ -1,8 +1,7 @@
-// The host under faults of its surroundings: logs that cannot be written, a
-// damaged dev.ini, broken libraries in the plug-in folder, retries = 1. Each
-// time the host keeps monitoring and tells the user once, by file and reason,
-// on stderr, the console monitor and the window. And a stop while clients are
-// stuck in their blocking connection steps ends within the host's bound.
+// The host under faults of its surroundings: logs that cannot be written, a damaged dev.ini, broken libraries in
+// the plug-in folder, retries = 1. Each time the host keeps monitoring and tells the user once, by file and reason,
+// on stderr, the console monitor and the window. And a stop while clients are stuck in their blocking connection
+// steps ends within the host's bound.
 #include <QBuffer>
 #include <QLabel>
 #include <QProcess>
@@ -17,8 +16,7 @@
 #include "mainwindow.h"
 #include "pluginhost.h"
 
-using HostTest::noticeTexts;
-using HostTest::writeFile;
+using namespace HostTest;
 
 class TestHostFaults : public QObject
 {
@@ -29,18 +27,18 @@ private slots:
     {
         QTest::addColumn<bool>("diskFull"); // else a folder below a regular file, which even root cannot make
         QTest::addColumn<bool>("nextDay");  // else a retry once the interval has passed
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("no folder, retry") << false << false << "cannot be created";
-        QTest::newRow("no folder, next day") << false << true << "cannot be created";
-        QTest::newRow("disk full, retry") << true << false << "No space left on device"; // /dev/full
-        QTest::newRow("disk full, next day") << true << true << "No space left on device";
+        for (bool diskFull : {false, true}) {
+            for (bool nextDay : {false, true})
+                QTest::addRow("%s, %s", diskFull ? "disk full" : "no folder", nextDay ? "next day" : "retry")
+                    << diskFull << nextDay;
+        }
     }
 
     void logWriteFailures()
     {
         QFETCH(bool, diskFull);
         QFETCH(bool, nextDay);
-        QFETCH(QString, reason);
+        const QString reason = diskFull ? "No space left on device" : "cannot be created"; // /dev/full: ENOSPC
         QTemporaryDir dir;
         const QString blocker = dir.filePath(QStringLiteral("file"));
         LogWriter logs(diskFull ? dir.path() : blocker + QStringLiteral("/logs"));
@@ -72,17 +70,15 @@ private slots:
         QVERIFY(write(next));
         QCOMPARE(changes.count(), 2);
         QVERIFY(!changes.at(1).at(0).toBool() && !logs.isFailing());
-        QVERIFY2(changes.at(1).at(1).toString().contains(QStringLiteral("21 line(s)")), // how many were lost
-                 qPrintable(changes.at(1).at(1).toString()));
-        QCOMPARE(HostTest::fileLines(logs.eventFilePath(next.date())).size(), 1);
+        QVERIFY(changes.at(1).at(1).toString().contains(QStringLiteral("21 line(s)"))); // how many were lost
+        QCOMPARE(fileLines(logs.eventFilePath(next.date())).size(), 1);
     }
 
     void logFailureIsShownAndMonitoringGoesOn()
     {
-        QTemporaryDir dir;
-        const QString blocker = dir.filePath(QStringLiteral("db"));
+        ScriptedHost h(QStringLiteral("db/logs"));
+        const QString blocker = h.dir.filePath(QStringLiteral("db"));
         QVERIFY(writeFile(blocker, "not a folder"));
-        ScriptedHost h(blocker + QStringLiteral("/logs"));
         DeviceHost &host = h.host;
         host.notice(QString(), QStringLiteral("told before the window opened"));
         ScriptedClient *client = h.start(QStringLiteral("ups-a"));
@@ -116,7 +112,7 @@ private slots:
         QTRY_VERIFY(!host.logs().isFailing());
         QVERIFY(QString::fromUtf8(console.data()).contains(QStringLiteral("are written again")));
         QVERIFY(problem->isHidden() && !monitor.statusBlock().contains(QStringLiteral("! ")));
-        QCOMPARE(HostTest::fileLines(host.logs().dataFilePath("ups-a", QDate::currentDate())).size(), 2);
+        QCOMPARE(fileLines(host.logs().dataFilePath("ups-a", QDate::currentDate())).size(), 2);
     }
 
     void configProblems_data()
@@ -131,8 +127,7 @@ private slots:
             << ups1 + "this is junk\n[ups2\n; a comment\n"
             << QStringList{"2 line(s) cannot be understood", "line(s) 4, 5;", "\"this is junk\""} << "ups1";
         QTest::newRow("binary junk") << QByteArray("\x7f" "ELF\x02\x01\x00\xff[\x00]=\x01", 14)
-                                     << QStringList{"1 line(s) cannot be understood", "no usable device", "--add"}
-                                     << "";
+            << QStringList{"1 line(s) cannot be understood", "no usable device", "--add"} << "";
         QTest::newRow("the same group twice") << ups1 + "[ups2]\nipAddr=127.0.0.2\nport=502\n[ups1]\nport=503\n"
                                               << QStringList{"[ups1] is written 2 times (lines 1, 7)"} << "ups1,ups2";
         QTest::newRow("no device, no port") << QByteArray("[notes]\ntext=x\n[ups1]\nipAddr=127.0.0.1\nport=99999\n")
@@ -167,8 +162,7 @@ private slots:
 
     void hostStartsPastBrokenFiles()
     {
-        // A copy of the application folder: the host and the plug-in read dev.ini
-        // and write logs below it.
+        // A copy of the application folder: the host and the plug-in read dev.ini and write logs below it.
         const QDir bin(builtBinaryDir());
         QTemporaryDir app;
         for (const char *file : {"orvek-host", "libOrvekClient.so", "libCollectContract.so"})
@@ -222,8 +216,8 @@ private slots:
         probe.connectToHost(QHostAddress::LocalHost, listener.serverPort());
         if (probe.waitForConnected(500))
             QSKIP("the local listener completes handshakes; cannot make a connection attempt hang");
-        const QList<DeviceEntry> devices{HostTest::writeDevice(pausing, closedLocalPort(), 5),
-                                         HostTest::writeDevice(blocked, listener.serverPort(), 5)};
+        const QList<DeviceEntry> devices{writeDevice(pausing, closedLocalPort(), 5),
+                                         writeDevice(blocked, listener.serverPort(), 5)};
         QTemporaryDir logs;
         DeviceHost host(logs.path());
         QCOMPARE(host.loadPlugins(builtBinaryDir()), 1);

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 
+#include <memory>
+
 #include "collectthread.h"
 #include "collectview.h"
 #include "deviceconfig.h"
@@ -36,9 +38,8 @@ inline bool writeFile(const QString &path, const QByteArray &bytes)
 inline QStringList fileLines(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return {};
-    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return file.open(QIODevice::ReadOnly | QIODevice::Text)
+               ? QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts) : QStringList();
 }
 
 // Splits one CSV line (RFC 4180 quoting, no line breaks inside fields).
@@ -53,15 +54,13 @@ inline QStringList csvFields(const QString &line)
     return fields;
 }
 
-// "device:text" of the host's notices that contain part.
+// "device:text" of the host's notices, those that mention part.
 inline QStringList noticeTexts(const DeviceHost &host, const QString &part)
 {
     QStringList texts;
-    for (const HostNotice &notice : host.notices()) {
-        if (notice.text.contains(part))
-            texts << notice.device + QLatin1Char(':') + notice.text;
-    }
-    return texts;
+    for (const HostNotice &notice : host.notices())
+        texts << notice.device + QLatin1Char(':') + notice.text;
+    return texts.filter(part);
 }
 
 } // namespace HostTest
@@ -88,17 +87,13 @@ class ScriptedClient : public CollectThread
 public:
     static inline QStringList journal; // factory and client calls, in order
     bool makesClients = true;
-    ScriptedView *view = nullptr;
+    std::unique_ptr<ScriptedView> view;
     QList<QPair<int, QString>> controls;
-
-    ~ScriptedClient() override { delete view; }
 
     CollectThread *create(void *) override
     {
         journal << QStringLiteral("create");
-        if (!makesClients)
-            return nullptr;
-        return new ScriptedClient;
+        return makesClients ? new ScriptedClient : nullptr;
     }
     void loadConfig() override
     {
@@ -109,10 +104,10 @@ public:
     {
         journal << QStringLiteral("getView");
         if (!view) {
-            view = new ScriptedView;
-            connect(view, &CollectView::postDEvent, this, &CollectThread::postDEvent);
+            view.reset(new ScriptedView);
+            connect(view.get(), &CollectView::postDEvent, this, &CollectThread::postDEvent);
         }
-        return view;
+        return view.get();
     }
     int control(int id, QString value) override
     {
@@ -127,11 +122,10 @@ public:
     void sendData(const QMap<int, QVariant> &data) { emit postDEvent(2007, {{"data", QVariant::fromValue(data)}}); }
 };
 
-// A host without plug-ins whose devices are scripted clients; logs below a
-// temporary folder unless told otherwise.
+// A host without plug-ins whose devices are scripted clients; logs in a folder below a temporary one.
 struct ScriptedHost
 {
-    explicit ScriptedHost(const QString &logFolder = QString()) : host(logFolder.isEmpty() ? dir.path() : logFolder) {}
+    explicit ScriptedHost(const QString &logFolder = QStringLiteral("logs")) : host(dir.filePath(logFolder)) {}
     ScriptedClient *start(const QString &name) // null when the host refuses
     {
         DeviceSession *session = host.addDevice(&factory, name);
