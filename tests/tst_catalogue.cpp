@@ -63,4 +63,4 @@ private slots:
 };
 
 QTEST_MAIN(TestCatalogue)
-#include "tst_core_catalogue.moc"
+#include "tst_catalogue.moc"
