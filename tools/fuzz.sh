@@ -4,7 +4,7 @@
 #   fuzz_decode  received Modbus/TCP answers -> OrvekClient::decodeAnswer
 #   fuzz_devini  dev.ini contents -> DeviceConfig::devices, OrvekClient::loadConfig
 # Each target runs from a scratch folder holding a copy of the binary and of
-# its seed corpus, so fuzzing never grows tests/fuzz/corpus and the dev.ini
+# its seed corpus, so fuzzing never grows fuzz/corpus and the dev.ini
 # it writes stays out of the build folder. Exits non-zero on any finding; the
 # reproducers and logs are then kept in build-fuzz/findings/<target>/.
 #
@@ -14,7 +14,7 @@ set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 DURATION="${1:-45}"
 BUILD_DIR="$ROOT/build-fuzz"
-FUZZ_SRC="$ROOT/tests/fuzz"
+FUZZ_SRC="$ROOT/fuzz"
 
 if ! [[ $DURATION =~ ^[1-9][0-9]*$ ]]; then
     echo "usage: $0 [SECONDS]" >&2
