@@ -3,7 +3,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QTextStream>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "hostlogging.h"
 
@@ -15,6 +21,12 @@ const char kTimeColumn[] = "time";
 const QChar kCsvSeparator = QLatin1Char(',');
 const QChar kCsvQuote = QLatin1Char('"');
 const QChar kEventSeparator = QLatin1Char('\t');
+// Bounds of the open-file budget: a few files even under a tight limit, and
+// no more than a host of this size needs (the least recently written file is
+// looked up by a scan).
+constexpr int kMinOpenFiles = 16;
+constexpr int kMaxOpenFiles = 4096;
+constexpr int kIdleCheckMs = 60 * 1000;
 
 // Event log fields are tab separated: tabs and line breaks inside become blanks.
 QString flatField(QString text)
@@ -32,6 +44,20 @@ LogWriter::LogWriter(const QString &folder, QObject *parent)
     : QObject(parent)
     , m_folder(folder)
 {
+    m_clock.start();
+}
+
+LogWriter::~LogWriter() = default;
+
+int LogWriter::maxOpenFiles() const
+{
+    if (m_maxOpenFiles > 0)
+        return m_maxOpenFiles;
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY)
+        return kMaxOpenFiles;
+    // Read on each open: the host may raise its limit after this writer exists.
+    return int(std::clamp<rlim_t>(limit.rlim_cur / 4, kMinOpenFiles, kMaxOpenFiles));
 }
 
 QString LogWriter::timeText(const QDateTime &time)
@@ -80,6 +106,7 @@ bool LogWriter::writeDataRow(const QDateTime &time, const QString &device, const
 
 bool LogWriter::appendLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew)
 {
+    closeIdleFiles();
     forgetFailuresBefore(date);
     const auto failed = m_failed.constFind(path);
     if (failed != m_failed.constEnd() && failed->lastTry.elapsed() < m_retryIntervalMs) {
@@ -87,7 +114,7 @@ bool LogWriter::appendLine(const QString &path, const QDate &date, const QString
         return false;
     }
     QString error;
-    if (!writeLine(path, line, headerIfNew, &error)) {
+    if (!writeLine(path, date, line, headerIfNew, &error)) {
         noteFailure(path, date, error);
         return false;
     }
@@ -103,29 +130,98 @@ bool LogWriter::appendLine(const QString &path, const QDate &date, const QString
     return true;
 }
 
-bool LogWriter::writeLine(const QString &path, const QString &line, const QString &headerIfNew, QString *error)
+bool LogWriter::writeLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew,
+                          QString *error)
 {
+    bool empty = false;
+    OpenFile *open = openFile(path, date, &empty, error);
+    if (!open)
+        return false;
+    QByteArray bytes;
+    if (!headerIfNew.isEmpty() && empty)
+        bytes += headerIfNew.toUtf8() + '\n';
+    bytes += line.toUtf8() + '\n';
+    // Unbuffered: the write reaches the file at once and sees ENOSPC itself.
+    if (open->file->write(bytes) != bytes.size()) {
+        *error = open->file->errorString();
+        m_open.erase(path); // reopened when the file is tried again
+        return false;
+    }
+    open->lastWriteMs = m_clock.elapsed();
+    return true;
+}
+
+LogWriter::OpenFile *LogWriter::openFile(const QString &path, const QDate &date, bool *empty, QString *error)
+{
+    struct stat info{};
+    const auto cached = m_open.find(path);
+    if (cached != m_open.end()) {
+        // Still the file that was opened? Deleted or rotated away, it is made anew.
+        OpenFile &open = cached->second;
+        if (::stat(open.nativePath.constData(), &info) == 0 && quint64(info.st_dev) == open.device
+            && quint64(info.st_ino) == open.inode) {
+            *empty = info.st_size == 0;
+            return &open;
+        }
+        qCDebug(lcHost) << "log file replaced or gone, opening it again:" << path;
+        m_open.erase(cached);
+    }
     if (!QDir().mkpath(m_folder)) {
         *error = tr("the folder cannot be created");
-        return false;
+        return nullptr;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text)) {
-        *error = file.errorString();
-        return false;
+    auto file = std::make_unique<QFile>(path);
+    if (!file->open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered)) {
+        *error = file->errorString();
+        return nullptr;
     }
-    QTextStream out(&file);
-    out.setCodec("UTF-8");
-    if (!headerIfNew.isEmpty() && file.size() == 0)
-        out << headerIfNew << '\n';
-    out << line << '\n';
-    out.flush();
-    // The file buffers too: only its flush reaches the disk and sees ENOSPC.
-    if (out.status() != QTextStream::Ok || !file.flush()) {
-        *error = file.errorString();
-        return false;
+    if (::fstat(file->handle(), &info) != 0) {
+        *error = QString::fromLocal8Bit(strerror(errno));
+        return nullptr;
     }
-    return true;
+    makeRoom(date);
+    OpenFile &open = m_open[path];
+    open.file = std::move(file);
+    open.nativePath = QFile::encodeName(path);
+    open.date = date;
+    open.device = quint64(info.st_dev);
+    open.inode = quint64(info.st_ino);
+    open.lastWriteMs = m_clock.elapsed();
+    *empty = info.st_size == 0;
+    return &open;
+}
+
+void LogWriter::makeRoom(const QDate &date)
+{
+    // Files of earlier days get no more lines: the first line of a day closes them.
+    for (auto it = m_open.begin(); it != m_open.end();) {
+        if (it->second.date < date)
+            it = m_open.erase(it);
+        else
+            ++it;
+    }
+    const size_t bound = size_t(maxOpenFiles());
+    while (!m_open.empty() && m_open.size() >= bound) {
+        const auto oldest = std::min_element(m_open.begin(), m_open.end(), [](const auto &a, const auto &b) {
+            return a.second.lastWriteMs < b.second.lastWriteMs;
+        });
+        m_open.erase(oldest);
+    }
+}
+
+void LogWriter::closeIdleFiles()
+{
+    // Checked on writes, not by a timer: a writer without lines has nothing to close early.
+    const qint64 now = m_clock.elapsed();
+    if (now - m_lastIdleCheckMs < kIdleCheckMs)
+        return;
+    m_lastIdleCheckMs = now;
+    for (auto it = m_open.begin(); it != m_open.end();) {
+        if (now - it->second.lastWriteMs >= IdleCloseMs)
+            it = m_open.erase(it);
+        else
+            ++it;
+    }
 }
 
 void LogWriter::noteFailure(const QString &path, const QDate &date, const QString &error)

@@ -9,11 +9,21 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+#include <unordered_map>
+
+class QFile;
+
 // Writes the host's logs into one folder, one file per day:
 //   events-YYYY-MM-DD.log          time, device, event type, text (tab separated)
 //   data-<device>-YYYY-MM-DD.csv   "time" + the plug-in's data-log columns
 // The file is picked by the date of the line written, so logs roll over at
-// midnight. Files are opened for each line: a few lines a second at most.
+// midnight. Files stay open between lines, each line is one unbuffered write
+// so a reader following the file sees it at once. The first line of a day
+// closes the files of earlier days; a file not written for IdleCloseMs is
+// closed, and at most maxOpenFiles() are open at once (the least recently
+// written one is closed first). A file deleted or moved away while open is
+// noticed on the next line and made anew, header included.
 //
 // A file that cannot be written (folder missing or not writable, disk full)
 // does not stop anything: its lines are dropped and the file is tried again
@@ -24,8 +34,10 @@ class LogWriter : public QObject
     Q_OBJECT
 public:
     static constexpr int DefaultRetryIntervalMs = 30000;
+    static constexpr int IdleCloseMs = 10 * 60 * 1000;
 
     explicit LogWriter(const QString &folder, QObject *parent = nullptr);
+    ~LogWriter() override;
 
     QString folder() const { return m_folder; }
 
@@ -48,6 +60,13 @@ public:
     QString failure() const { return m_failure; }
     void setRetryInterval(int ms) { m_retryIntervalMs = ms; }
 
+    // Every device holds a socket and a data log open: the logs get a quarter
+    // of the process's open-file limit, so they never take the descriptors the
+    // connections need. 0 (the default) derives the bound from that limit.
+    void setMaxOpenFiles(int count) { m_maxOpenFiles = count; }
+    int maxOpenFiles() const;
+    int openFileCount() const { return int(m_open.size()); }
+
     static QString timeText(const QDateTime &time);
     // One CSV field, quoted when it holds a separator, a quote, a line break
     // or blanks at either end.
@@ -67,9 +86,23 @@ private:
         QDate date;
         QElapsedTimer lastTry;
     };
+    struct OpenFile
+    {
+        std::unique_ptr<QFile> file;
+        QByteArray nativePath;
+        QDate date;
+        quint64 device = 0; // identity of the file opened, to notice it being replaced
+        quint64 inode = 0;
+        qint64 lastWriteMs = 0;
+    };
+    using OpenFiles = std::unordered_map<QString, OpenFile>;
 
     bool appendLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew);
-    bool writeLine(const QString &path, const QString &line, const QString &headerIfNew, QString *error);
+    bool writeLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew,
+                   QString *error);
+    OpenFile *openFile(const QString &path, const QDate &date, bool *empty, QString *error);
+    void makeRoom(const QDate &date);
+    void closeIdleFiles();
     void noteFailure(const QString &path, const QDate &date, const QString &error);
     void forgetFailuresBefore(const QDate &date);
 
@@ -79,6 +112,10 @@ private:
     QString m_failure;
     int m_droppedLines = 0;
     int m_retryIntervalMs = DefaultRetryIntervalMs;
+    OpenFiles m_open; // path -> open file
+    int m_maxOpenFiles = 0;
+    QElapsedTimer m_clock; // times the writes, for closing idle files
+    qint64 m_lastIdleCheckMs = 0;
 };
 
 #endif // LOGWRITER_H

@@ -9,6 +9,7 @@
 #include <QTreeWidget>
 #include <QtTest>
 
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include "consolemonitor.h"
@@ -72,6 +73,73 @@ private slots:
         QVERIFY(!changes.at(1).at(0).toBool() && !logs.isFailing());
         QVERIFY(changes.at(1).at(1).toString().contains(QStringLiteral("21 line(s)"))); // how many were lost
         QCOMPARE(fileLines(logs.eventFilePath(next.date())).size(), 1);
+    }
+
+    void logFileReplacedUnderOpenWriter_data()
+    {
+        QTest::addColumn<QString>("change"); // done to the data log between two rows
+        for (const char *change : {"deleted", "rotated", "emptied", "folder deleted"})
+            QTest::newRow(change) << QString::fromLatin1(change);
+    }
+
+    void logFileReplacedUnderOpenWriter()
+    {
+        QFETCH(QString, change);
+        QTemporaryDir dir;
+        LogWriter logs(dir.filePath(QStringLiteral("logs")));
+        const QDateTime t(QDate(2024, 5, 6), QTime(12, 0));
+        auto row = [&logs, t](int s) { return logs.writeDataRow(t.addSecs(s), "ups1", {"V"}, {QString::number(s)}); };
+        const QString path = logs.dataFilePath(QStringLiteral("ups1"), t.date());
+        const QString rotated = dir.filePath(QStringLiteral("rotated.csv"));
+        QVERIFY(row(0) && row(1));
+        if (change == "deleted")
+            QVERIFY(QFile::remove(path));
+        else if (change == "folder deleted")
+            QVERIFY(QDir(logs.folder()).removeRecursively());
+        else // rotated: renamed and an empty file made in its place
+            QVERIFY((change == "emptied" || QFile::rename(path, rotated)) && writeFile(path, {}));
+        // The next row goes to the file now at the path, header first; a rotated file keeps its rows.
+        QVERIFY(row(2));
+        QCOMPARE(fileLines(path), (QStringList{"time,V", "2024-05-06 12:00:02,2"}));
+        QCOMPARE(fileLines(rotated).size(), change == "rotated" ? 3 : 0);
+    }
+
+    void logFilesOpenAtOnce_data()
+    {
+        QTest::addColumn<int>("bound");      // 0: from the open-file limit, lowered to 256 here
+        QTest::addColumn<int>("expected");   // files open after a row for each device
+        QTest::newRow("set") << 2 << 2;
+        QTest::newRow("a quarter of the limit") << 0 << 64;
+    }
+
+    void logFilesOpenAtOnce()
+    {
+        QFETCH(int, bound);
+        QFETCH(int, expected);
+        rlimit saved{};
+        QVERIFY(getrlimit(RLIMIT_NOFILE, &saved) == 0);
+        rlimit lowered = saved;
+        lowered.rlim_cur = std::min<rlim_t>(256, saved.rlim_cur);
+        if (bound == 0 && (lowered.rlim_cur != 256 || setrlimit(RLIMIT_NOFILE, &lowered) != 0))
+            QSKIP("cannot set the open-file limit to 256");
+        QTemporaryDir dir;
+        LogWriter logs(dir.path());
+        logs.setMaxOpenFiles(bound);
+        const QDateTime day1(QDate(2024, 5, 6), QTime(23, 59, 58));
+        const int devices = expected + 3;
+        for (int s = 0; s < 2; ++s) { // the second round reopens files closed to make room
+            for (int d = 0; d < devices; ++d)
+                QVERIFY(logs.writeDataRow(day1.addSecs(s), QString::number(d), {"V"}, {QString::number(s)}));
+        }
+        setrlimit(RLIMIT_NOFILE, &saved);
+        QCOMPARE(logs.openFileCount(), expected);
+        QCOMPARE(fileLines(logs.dataFilePath(QStringLiteral("0"), day1.date())),
+                 (QStringList{"time,V", "2024-05-06 23:59:58,0", "2024-05-06 23:59:59,1"})); // header once
+        // The first line of a day goes to that day's file and closes the earlier day's.
+        const QDateTime day2 = day1.addSecs(2);
+        QVERIFY(logs.writeEvent(day2, QStringLiteral("ups1"), 1041, "lost"));
+        QCOMPARE(logs.openFileCount(), 1);
+        QCOMPARE(fileLines(logs.eventFilePath(day2.date())).size(), 1);
     }
 
     void logFailureIsShownAndMonitoringGoesOn()
