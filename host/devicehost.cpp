@@ -82,8 +82,10 @@ DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name
         return nullptr;
     }
     checkNewDevice(s);
-    connect(s, &DeviceSession::eventReceived, this, &DeviceHost::onEventReceived);
-    connect(s, &DeviceSession::dataReceived, this, &DeviceHost::onDataReceived);
+    connect(s, &DeviceSession::eventReceived, this,
+            [this, s](int type, const QMap<QString, QVariant> &map) { onEventReceived(s, type, map); });
+    connect(s, &DeviceSession::dataReceived, this,
+            [this, s](const QMap<int, QVariant> &data) { onDataReceived(s, data); });
     if (!m_userName.isEmpty())
         s->setUserInfo(m_userName, m_userLevel);
     m_sessions << s;
@@ -139,11 +141,8 @@ QString DeviceHost::roleName(int level)
     return QLatin1String(kRoleNames[qBound(0, level, int(std::size(kRoleNames)) - 1)]);
 }
 
-void DeviceHost::onEventReceived(int type, QMap<QString, QVariant> map)
+void DeviceHost::onEventReceived(DeviceSession *s, int type, const QMap<QString, QVariant> &map)
 {
-    auto *s = qobject_cast<DeviceSession *>(sender());
-    if (!s)
-        return;
     emit deviceEvent(s->name(), type);
     const QString text = EventFormatter::text(type, map, s->eventTexts());
     if (text.isEmpty() || repeatsAlarm(s->name(), type, map))
@@ -166,11 +165,8 @@ bool DeviceHost::repeatsAlarm(const QString &device, int type, const QMap<QStrin
     return false;
 }
 
-void DeviceHost::onDataReceived(QMap<int, QVariant> data)
+void DeviceHost::onDataReceived(DeviceSession *s, const QMap<int, QVariant> &data)
 {
-    auto *s = qobject_cast<DeviceSession *>(sender());
-    if (!s)
-        return;
     m_logs.writeDataRow(QDateTime::currentDateTime(), s->name(), s->dataLogHeader(), s->dataLogRow(data));
     emit dataLogged(s->name());
 }

@@ -87,11 +87,11 @@ signals:
     void sessionsChanged();
     void noticeRaised(HostNotice notice);
 
-private slots:
-    void onEventReceived(int type, QMap<QString, QVariant> map);
-    void onDataReceived(QMap<int, QVariant> data);
-
 private:
+    // Each session's signals are connected with the session bound in, so
+    // routing does not search the connections for the sender.
+    void onEventReceived(DeviceSession *session, int type, const QMap<QString, QVariant> &map);
+    void onDataReceived(DeviceSession *session, const QMap<int, QVariant> &data);
     bool repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map);
     void checkNewDevice(DeviceSession *session);
 

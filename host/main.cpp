@@ -14,6 +14,7 @@
 #include "devicehost.h"
 #include "hostoptions.h"
 #include "mainwindow.h"
+#include "openfilelimit.h"
 #include "pluginhost.h"
 #include "quitonsignal.h"
 
@@ -78,6 +79,8 @@ int main(int argc, char *argv[])
         return addDevices(options);
     }
 
+    // Before the devices start: each keeps files open while it runs.
+    const quint64 openFileLimit = OpenFileLimit::raise();
     const bool noDisplay = HostOptions::displayMissing();
     const bool headless = options.headless || (noDisplay && options.screenshotFile.isEmpty());
     // A console monitor or a picture needs no display at all.
@@ -111,7 +114,11 @@ int main(int argc, char *argv[])
     // the host runs on and says how to add one.
     for (const QString &problem : config.problems())
         host.notice(QString(), problem);
-    host.startDevices(config.devices());
+    const QList<DeviceEntry> devices = config.devices();
+    const QString shortfall = OpenFileLimit::shortfallText(openFileLimit, devices.size());
+    if (!shortfall.isEmpty())
+        host.notice(QString(), shortfall);
+    host.startDevices(devices);
 
     QFile out;
     out.open(stdout, QIODevice::WriteOnly);

@@ -8,7 +8,10 @@
 #include "hostoptions.h"
 #include "hosttestsupport.h"
 #include "mainwindow.h"
+#include "openfilelimit.h"
 #include "pluginhost.h"
+
+#include <sys/resource.h>
 
 using namespace HostTest;
 using Points = QMap<int, QVariant>;
@@ -252,6 +255,48 @@ private slots:
         QCOMPARE(colour(State::Lost, true), colour(State::Lost, false)); // lost, whatever the last data said
     }
 
+    void openFileLimitShortfall_data()
+    {
+        QTest::addColumn<quint64>("limit");
+        QTest::addColumn<int>("devices");
+        QTest::addColumn<int>("served"); // -1: all fit, nothing to tell
+        QTest::newRow("default limit, fits") << quint64(1024) << 320 << -1;
+        QTest::newRow("default limit, one too many") << quint64(1024) << 321 << 320;
+        QTest::newRow("default limit, 600") << quint64(1024) << 600 << 320;
+        QTest::newRow("raised limit, 2000") << quint64(524288) << 2000 << -1;
+        QTest::newRow("below the host's own") << quint64(40) << 1 << 0;
+        QTest::newRow("no devices") << quint64(0) << 0 << -1;
+        QTest::newRow("unlimited") << std::numeric_limits<quint64>::max() << 1000000 << -1;
+    }
+
+    void openFileLimitShortfall()
+    {
+        QFETCH(quint64, limit);
+        QFETCH(int, devices);
+        QFETCH(int, served);
+        const QString text = OpenFileLimit::shortfallText(limit, devices);
+        QCOMPARE(text.isEmpty(), served < 0);
+        if (served >= 0) { // the count, the limit and how many are served, all in one message
+            for (const QString &part : {QStringLiteral("%1 devices are configured").arg(devices),
+                                        QStringLiteral("at most %1 open files").arg(limit),
+                                        QStringLiteral("serve only %1 of them").arg(served)})
+                QVERIFY2(text.contains(part), qPrintable(text));
+        }
+    }
+
+    void openFileLimitRaised() // from a lowered soft limit up to the hard one
+    {
+        rlimit limit{};
+        QVERIFY(getrlimit(RLIMIT_NOFILE, &limit) == 0);
+        const rlim_t hard = limit.rlim_max;
+        limit.rlim_cur = qMin<rlim_t>(hard, 256);
+        QVERIFY(setrlimit(RLIMIT_NOFILE, &limit) == 0);
+        const quint64 expected = hard == RLIM_INFINITY ? OpenFileLimit::UnlimitedCap : quint64(hard);
+        QCOMPARE(OpenFileLimit::raise(), expected);
+        QVERIFY(getrlimit(RLIMIT_NOFILE, &limit) == 0);
+        QCOMPARE(quint64(limit.rlim_cur), expected);
+    }
+
     void pluginFolder()
     {
         PluginHost plugins; // broken libraries: with the host's faults
@@ -312,9 +357,11 @@ private slots:
         QVERIFY2(clash.size() == 1 && clash.first().startsWith("ups_1:") && clash.first().contains("\"ups 1\""),
                  qPrintable(clash.join('\n')));
         QCOMPARE(h.host.deviceNames(), (QStringList{"ups 1", "ups_1"}));
+        QSignalSpy routed(&h.host, &DeviceHost::deviceEvent);
         twin->sendData({{9, 201}});
         const QString twinPath = h.host.logs().dataFilePath(QStringLiteral("ups_1"), QDate::currentDate());
         QTRY_COMPARE(fileLines(twinPath).size(), 2); // a shared file would hold the other row already
+        QCOMPARE(routed.value(0), (QVariantList{QStringLiteral("ups_1"), 2007}));
         QCOMPARE(csvFields(fileLines(twinPath).at(1)).value(1), QStringLiteral("201"));
         QCOMPARE(fileLines(path).size(), 2);
     }
