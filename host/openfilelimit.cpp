@@ -1,25 +1,12 @@
 #include "openfilelimit.h"
 
 #include <limits>
-#include <sys/resource.h>
 
-#include "hostlogging.h"
+#include "filelimit.h"
 
 quint64 OpenFileLimit::raise()
 {
-    rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
-        return 0;
-    const rlim_t wanted = limit.rlim_max == RLIM_INFINITY ? rlim_t(UnlimitedCap) : limit.rlim_max;
-    if (limit.rlim_cur != RLIM_INFINITY && limit.rlim_cur < wanted) {
-        const rlim_t before = limit.rlim_cur;
-        limit.rlim_cur = wanted;
-        if (setrlimit(RLIMIT_NOFILE, &limit) != 0) {
-            qCDebug(lcHost) << "cannot raise the open-file limit from" << before << "to" << wanted;
-            limit.rlim_cur = before;
-        }
-    }
-    return limit.rlim_cur == RLIM_INFINITY ? std::numeric_limits<quint64>::max() : quint64(limit.rlim_cur);
+    return raiseOpenFileLimit(UnlimitedCap);
 }
 
 int OpenFileLimit::capacity(quint64 limit)

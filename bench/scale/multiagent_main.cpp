@@ -67,11 +67,12 @@ int main(int argc, char *argv[])
     parser.addOptions({address, basePort, ports});
     parser.process(app);
 
-    const long limit = raiseOpenFileLimit();
+    const quint64 limit = raiseOpenFileLimit();
     const int count = parser.value(ports).toInt();
     MultiAgent agent;
     if (count < 1 || !agent.listen(parser.value(address), quint16(parser.value(basePort).toUInt()), count)) {
-        std::fprintf(stderr, "orvek-multiagent: cannot serve %d port(s) (open-file limit %ld)\n", count, limit);
+        std::fprintf(stderr, "orvek-multiagent: cannot serve %d port(s) (open-file limit %llu)\n", count,
+                     static_cast<unsigned long long>(limit));
         return 1;
     }
 
