@@ -47,9 +47,10 @@ int quarterInterval(int value)
     return q < 1 ? 1 : q;
 }
 
-QString nowText()
+// Compared by type too: QVariant(1) equals QVariant("1"), upsInfo must not keep the old type.
+bool sameValue(const QVariant &a, const QVariant &b)
 {
-    return QDateTime::currentDateTime().toString(QLatin1String(UpsKey::TimeFormat));
+    return a.userType() == b.userType() && a == b;
 }
 
 } // namespace
@@ -167,16 +168,29 @@ void OrvekClient::poll()
     workState = 0;
 }
 
-EventMap OrvekClient::baseEventMap() const
+EventMap OrvekClient::baseEventMap()
 {
-    EventMap map;
-    map.insert(UpsKey::Name, name);
-    map.insert(UpsKey::Protocol, protocol);
-    map.insert(UpsKey::Lost, 0);
-    map.insert(UpsKey::IpAddr, targetAddress);
-    map.insert(UpsKey::Port, targetPort);
-    map.insert(UpsKey::TimeStr, nowText());
+    static const QString timeStrKey = UpsKey::TimeStr;
+    refreshTarget();
+    EventMap map = targetMap;
+    map.insert(timeStrKey, stampClock.now());
     return map;
+}
+
+void OrvekClient::refreshTarget()
+{
+    // The host may change name and target between ticks; they rarely do.
+    const Target now{name, protocol, targetAddress, targetPort};
+    if (now == target && !targetMap.isEmpty())
+        return;
+    target = now;
+    targetMap.clear();
+    targetMap.insert(UpsKey::Name, name);
+    targetMap.insert(UpsKey::Protocol, protocol);
+    targetMap.insert(UpsKey::Lost, 0);
+    targetMap.insert(UpsKey::IpAddr, targetAddress);
+    targetMap.insert(UpsKey::Port, targetPort);
+    portInfo = QStringLiteral("tcp:%1:%2").arg(targetAddress, QString::number(targetPort));
 }
 
 void OrvekClient::threadTimer()
@@ -192,12 +206,11 @@ void OrvekClient::threadTimer()
     }
     check_set_command();
 
-    EventMap map = baseEventMap(); // sent only as a lost report
-
     const QAbstractSocket::SocketState state = socket->state();
-    if (state == QAbstractSocket::UnconnectedState || state == QAbstractSocket::ClosingState)
+    if (state == QAbstractSocket::UnconnectedState || state == QAbstractSocket::ClosingState) {
+        EventMap map = baseEventMap(); // stamped before the attempt; sent only as a lost report
         connectOrCountFailure(map);
-    else if (state == QAbstractSocket::ConnectedState)
+    } else if (state == QAbstractSocket::ConnectedState)
         UPS_sendMessage();
     reportData();
 }
@@ -339,19 +352,44 @@ bool OrvekClient::storeAlarms(const UpsAnswer &answer, EventMap &ev)
 
 void OrvekClient::reportData()
 {
-    const DataPointMap points = dataPoints;
-    {
-        QMutexLocker locker(&mutex);
-        for (auto it = points.constBegin(); it != points.constEnd(); ++it)
-            upsInfo.insert(QString::number(it.key()), it.value());
+    // upsInfo ends each tick holding every data point under its id as text
+    // plus the device keys; of those only what changed is written.
+    refreshTarget();
+    QVector<QPair<QString, QVariant>> changes;
+    stageDataPoints(changes);
+    stageInfo(changes, UpsInfo::Manufacturer, dataPoints.value(UpsPoint::Manufacturer));
+    stageInfo(changes, UpsInfo::Name, name);
+    stageInfo(changes, UpsInfo::Model, dataPoints.value(UpsPoint::Model));
+    stageInfo(changes, UpsInfo::PortInfo, portInfo);
+    stageInfo(changes, UpsInfo::State, lostState);
+    stageInfo(changes, UpsInfo::Address, QString::number(UpsFrames::UnitId));
+    stageInfo(changes, UpsInfo::Load, dataPoints.value(UpsPoint::OutputLoad).toInt());
+    if (changes.isEmpty())
+        return;
+    QMutexLocker locker(&mutex);
+    for (const auto &change : qAsConst(changes))
+        upsInfo.insert(change.first, change.second);
+}
+
+void OrvekClient::stageDataPoints(QVector<QPair<QString, QVariant>> &changes)
+{
+    for (auto it = dataPoints.constBegin(); it != dataPoints.constEnd(); ++it) {
+        const auto published = publishedPoints.constFind(it.key());
+        if (published != publishedPoints.constEnd() && sameValue(*published, *it))
+            continue;
+        publishedPoints.insert(it.key(), *it);
+        changes.append({QString::number(it.key()), *it});
     }
-    flushUpsInfo(UpsInfo::Manufacturer, dataPoints.value(UpsPoint::Manufacturer));
-    flushUpsInfo(UpsInfo::Name, name);
-    flushUpsInfo(UpsInfo::Model, dataPoints.value(UpsPoint::Model));
-    flushUpsInfo(UpsInfo::PortInfo, QStringLiteral("tcp:%1:%2").arg(targetAddress, QString::number(targetPort)));
-    flushUpsInfo(UpsInfo::State, lostState);
-    flushUpsInfo(UpsInfo::Address, QString::number(UpsFrames::UnitId));
-    flushUpsInfo(UpsInfo::Load, dataPoints.value(UpsPoint::OutputLoad).toInt());
+}
+
+void OrvekClient::stageInfo(QVector<QPair<QString, QVariant>> &changes, const QString &key, const QVariant &value)
+{
+    // The only other writer, a lost report, writes the state this tick publishes.
+    const auto published = publishedInfo.constFind(key);
+    if (published != publishedInfo.constEnd() && sameValue(*published, value))
+        return;
+    publishedInfo.insert(key, value);
+    changes.append({key, value});
 }
 
 int OrvekClient::control(int id, QString value)

@@ -4,12 +4,15 @@
 #include <QByteArray>
 #include <QList>
 #include <QMutex>
+#include <QPair>
+#include <QVector>
 #include <QString>
 #include <QtPlugin>
 
 #include "collectthread.h"
 #include "collectview.h"
 #include "controlcmd.h"
+#include "stampclock.h"
 
 class QTcpSocket;
 struct UpsAnswer;
@@ -87,7 +90,24 @@ private slots:
     void readMessage();
 
 private:
-    EventMap baseEventMap() const;
+    // The fields every event carries and the connection text, as last seen.
+    struct Target
+    {
+        QString name;
+        int protocol = 0;
+        QString address;
+        int port = 0;
+        bool operator==(const Target &o) const
+        {
+            return name == o.name && protocol == o.protocol && address == o.address && port == o.port;
+        }
+    };
+
+    EventMap baseEventMap();
+    void refreshTarget();
+    // Appends the upsInfo pairs whose value differs from what was published.
+    void stageDataPoints(QVector<QPair<QString, QVariant>> &changes);
+    void stageInfo(QVector<QPair<QString, QVariant>> &changes, const QString &key, const QVariant &value);
     void connectOrCountFailure(EventMap &map);
     void storeMeasurements(const UpsAnswer &answer, EventMap &ev);
     // Alarm states of the evaluated numbers, with an event for each change;
@@ -101,6 +121,14 @@ private:
 
     int reconnectPauseMs;
     int connectWaitMs;
+
+    StampClock stampClock;
+    Target target;
+    EventMap targetMap; // every event's fields but the time stamp
+    QString portInfo;
+    // What upsInfo holds from this client, so a tick writes only changes.
+    DataPointMap publishedPoints;
+    QMap<QString, QVariant> publishedInfo;
 };
 
 #endif // ORVEKCLIENT_H

@@ -8,6 +8,9 @@
 #include "inifilecheck.h"
 #include "orvekclient.h"
 #include "testconfig.h"
+#include "upscontract.h"
+#include "upsframes.h"
+#include "upspoints.h"
 
 namespace {
 
@@ -101,6 +104,64 @@ private slots:
             QVERIFY(!rig.client.socket); // disposed of in its own thread
             QCOMPARE(rig.client.interval, 1);
         }
+    }
+
+    void upsInfoAfterEveryTick()
+    {
+        // upsInfo is written only where a value changed; after every tick it
+        // must still hold each data point under its id and the device keys,
+        // through changing values, alarms, identity texts and a lost agent.
+        Rig rig(true, 2);
+        rig.agent.setScript([](const QByteArray &request, int ordinal) {
+            const quint8 function = quint8(request.at(7));
+            const int quantity = quint8(request.at(11));
+            QByteArray data;
+            if (function == 0x02)
+                return FakeAgent::Plan{FakeAgent::Step::send(FakeAgent::alarmAnswer(FakeAgent::alarmBits({ordinal % 3})))};
+            for (int i = 0; i < quantity; ++i) // some registers change each rotation, some never
+                data.append(char(0)).append(char(i % 2 ? ordinal / 4 : i));
+            return FakeAgent::Plan{FakeAgent::Step::send(FakeAgent::answer(function, data))};
+        });
+        const auto check = [&rig](int tick) {
+            QMap<QString, QVariant> expected;
+            const DataPointMap &points = rig.client.dataPoints;
+            for (auto it = points.constBegin(); it != points.constEnd(); ++it)
+                expected.insert(QString::number(it.key()), *it);
+            expected.insert(UpsInfo::Manufacturer, points.value(UpsPoint::Manufacturer));
+            expected.insert(UpsInfo::Name, rig.client.name);
+            expected.insert(UpsInfo::Model, points.value(UpsPoint::Model));
+            expected.insert(UpsInfo::PortInfo, QStringLiteral("tcp:127.0.0.1:%1").arg(rig.port));
+            expected.insert(UpsInfo::State, rig.client.lostState);
+            expected.insert(UpsInfo::Address, QString::number(UpsFrames::UnitId));
+            expected.insert(UpsInfo::Load, points.value(UpsPoint::OutputLoad).toInt());
+            const QMap<QString, QVariant> info = rig.client.upsInfo;
+            QCOMPARE(info.keys(), expected.keys());
+            for (auto it = expected.constBegin(); it != expected.constEnd(); ++it) {
+                const QVariant &got = info.value(it.key());
+                QVERIFY2(got == *it && got.userType() == it->userType(),
+                         qPrintable(QStringLiteral("tick %1, key %2").arg(tick).arg(it.key())));
+            }
+        };
+        QVariant firstRotation;
+        for (int t = 0; t < 16; ++t) {
+            if (t == 5)
+                firstRotation = rig.client.upsInfo.value(QStringLiteral("1"));
+            if (t == 7) { // the agent goes away: reported lost on the second failed attempt
+                rig.agent.stop();
+                rig.agent.dropConnections();
+            }
+            if (t == 10) {
+                QCOMPARE(rig.client.lostState, int(UpsInfo::CommunicationLost));
+                QVERIFY(rig.agent.start(rig.port));
+            }
+            rig.tick();
+            check(t);
+            if (QTest::currentTestFailed())
+                return;
+        }
+        QCOMPARE(rig.client.lostState, int(UpsInfo::Communicating));
+        QVERIFY(firstRotation.isValid());
+        QVERIFY(rig.client.upsInfo.value(QStringLiteral("1")) != firstRotation);
     }
 
     void silentAgentRotationIsNotLost()
