@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFileInfo>
+#include <QTimer>
 #include <iterator>
 
 #include "collectthread.h"
@@ -19,6 +20,8 @@ const char *const kRoleNames[] = {"viewer", "operator"};
 // The plug-in counts the connection attempt itself as one without an answer:
 // with so few retries even a good first connection is reported lost.
 constexpr int kMisleadingRetries = 1;
+// Longest the event loop waits while devices start in the background.
+constexpr qint64 kStartSliceMs = 20;
 } // namespace
 
 DeviceHost::DeviceHost(const QString &logFolder, QObject *parent)
@@ -59,15 +62,47 @@ int DeviceHost::startDevices(const QList<DeviceEntry> &entries)
 {
     int started = 0;
     for (const DeviceEntry &entry : entries) {
-        CollectThread *factory = m_plugins->factory(entry.plugin);
-        if (!factory) {
-            notice(entry.name, tr("not started: no device plug-in \"%1\" is loaded").arg(entry.plugin));
-            continue;
-        }
-        if (addDevice(factory, entry.name))
+        if (startDevice(entry))
             ++started;
     }
     return started;
+}
+
+bool DeviceHost::startDevice(const DeviceEntry &entry)
+{
+    CollectThread *factory = m_plugins->factory(entry.plugin);
+    if (!factory) {
+        notice(entry.name, tr("not started: no device plug-in \"%1\" is loaded").arg(entry.plugin));
+        return false;
+    }
+    return addDevice(factory, entry.name) != nullptr;
+}
+
+void DeviceHost::startDevicesInBackground(const QList<DeviceEntry> &entries)
+{
+    const bool idle = m_pendingStarts.isEmpty();
+    m_pendingStarts << entries;
+    if (idle) {
+        m_backgroundStarted = 0;
+        QTimer::singleShot(0, this, &DeviceHost::startPendingSlice);
+    }
+}
+
+void DeviceHost::startPendingSlice()
+{
+    QElapsedTimer slice;
+    slice.start();
+    while (!m_pendingStarts.isEmpty() && !m_shuttingDown && slice.elapsed() < kStartSliceMs) {
+        if (startDevice(m_pendingStarts.takeFirst()))
+            ++m_backgroundStarted;
+    }
+    if (m_shuttingDown)
+        m_pendingStarts.clear();
+    if (!m_pendingStarts.isEmpty()) {
+        QTimer::singleShot(0, this, &DeviceHost::startPendingSlice);
+        return;
+    }
+    emit devicesStarted(m_backgroundStarted);
 }
 
 DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name)
@@ -89,6 +124,7 @@ DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name
     if (!m_userName.isEmpty())
         s->setUserInfo(m_userName, m_userLevel);
     m_sessions << s;
+    m_byName.insert(name, s);
     s->start();
     emit sessionsChanged();
     return s;
@@ -113,11 +149,7 @@ void DeviceHost::checkNewDevice(DeviceSession *session)
 
 DeviceSession *DeviceHost::session(const QString &name) const
 {
-    for (DeviceSession *s : m_sessions) {
-        if (s->name() == name)
-            return s;
-    }
-    return nullptr;
+    return m_byName.value(name);
 }
 
 QStringList DeviceHost::deviceNames() const
@@ -173,6 +205,7 @@ void DeviceHost::onDataReceived(DeviceSession *s, const QMap<int, QVariant> &dat
 
 void DeviceHost::shutdown(const StopProgress &progress)
 {
+    m_pendingStarts.clear(); // devices not started yet stay so
     if (m_shuttingDown || m_sessions.isEmpty())
         return;
     m_shuttingDown = true;
@@ -201,6 +234,7 @@ void DeviceHost::shutdown(const StopProgress &progress)
     // Every thread has ended: now the clients (and their views) can go.
     const QList<DeviceSession *> sessions = m_sessions;
     m_sessions.clear();
+    m_byName.clear();
     emit sessionsChanged();
     qDeleteAll(sessions);
     m_shuttingDown = false;

@@ -2,6 +2,7 @@
 #define DEVICEHOST_H
 
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QMap>
 #include <QObject>
@@ -53,6 +54,11 @@ public:
     // Creates and starts a session per entry (the plug-in named by the entry,
     // or the first one); returns how many were started.
     int startDevices(const QList<DeviceEntry> &entries);
+    // The same in slices of the event loop, so that a window, the console
+    // and signals stay served while a thousand devices start; devicesStarted
+    // follows the last one.
+    void startDevicesInBackground(const QList<DeviceEntry> &entries);
+    bool isStartingDevices() const { return !m_pendingStarts.isEmpty(); }
     // Creates and starts one session from that factory; null when the name
     // is taken or the factory makes no client (both told as notices).
     DeviceSession *addDevice(CollectThread *factory, const QString &name);
@@ -85,6 +91,7 @@ signals:
     void deviceEvent(QString device, int type);
     void dataLogged(QString device);
     void sessionsChanged();
+    void devicesStarted(int started);
     void noticeRaised(HostNotice notice);
 
 private:
@@ -94,10 +101,15 @@ private:
     void onDataReceived(DeviceSession *session, const QMap<int, QVariant> &data);
     bool repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map);
     void checkNewDevice(DeviceSession *session);
+    bool startDevice(const DeviceEntry &entry);
+    void startPendingSlice();
 
     PluginHost *m_plugins;
     LogWriter m_logs;
     QList<DeviceSession *> m_sessions;
+    QHash<QString, DeviceSession *> m_byName;
+    QList<DeviceEntry> m_pendingStarts;
+    int m_backgroundStarted = 0;
     QList<HostNotice> m_notices;
     QString m_userName;
     int m_userLevel = 0;

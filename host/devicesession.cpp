@@ -38,7 +38,6 @@ DeviceSession *DeviceSession::create(CollectThread *factory, const QString &name
     client->loadConfig();
 
     auto *session = new DeviceSession(client, name, parent);
-    session->m_view = client->getView();
     session->m_eventTexts = client->getEventLogDesc();
     session->m_dataLogHeader = client->getDataLogDesc();
     // Events leave the client thread; requests of the view come the same way.
@@ -93,14 +92,33 @@ void DeviceSession::onPostDEvent(int type, QMap<QString, QVariant> map)
         if (data.userType() == qMetaTypeId<QMap<int, QVariant>>()) {
             m_latestData = data.value<QMap<int, QVariant>>();
             m_lastDataTime = QDateTime::currentDateTime();
-            if (m_view) {
-                m_view->flushData(m_latestData);
-                m_view->refreshData();
-            }
+            if (m_viewShown)
+                updateView();
             emit dataReceived(m_latestData);
         }
     }
     emit eventReceived(type, map);
+}
+
+CollectView *DeviceSession::showView()
+{
+    if (!m_view && m_client) {
+        m_view = m_client->getView();
+        if (m_view && m_userLevel >= 0)
+            m_view->setUserInfo(m_userName, m_userLevel);
+    }
+    m_viewShown = m_view != nullptr;
+    if (!m_latestData.isEmpty())
+        updateView();
+    return m_view;
+}
+
+void DeviceSession::updateView()
+{
+    if (!m_view)
+        return;
+    m_view->flushData(m_latestData);
+    m_view->refreshData();
 }
 
 void DeviceSession::requestControl(int controlId, const QString &value)
@@ -119,6 +137,8 @@ void DeviceSession::requestControl(int controlId, const QString &value)
 
 void DeviceSession::setUserInfo(const QString &user, int level)
 {
+    m_userName = user;
+    m_userLevel = level;
     if (m_view)
         m_view->setUserInfo(user, level);
 }

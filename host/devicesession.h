@@ -30,20 +30,27 @@ struct DeviceStatus
 // One device: its client (a thread of its own), its view, and the routing
 // between them. Requests from the view come back through the client's
 // postDEvent and go to the client's control(); decoded data goes to the view.
-// The session owns the client; the client owns the view.
+// The session owns the client; the client owns the view. The view is asked
+// for only when the device is first shown (a headless host never has one)
+// and is given data only while shown; showing it brings it up to date.
 class DeviceSession : public QObject
 {
     Q_OBJECT
 public:
-    // Asks the factory for a client in the host's order: create, name,
-    // loadConfig, getView. Null when the factory yields no client. The thread
-    // is not started yet.
+    // Asks the factory for a client: create, name, loadConfig. Null when the
+    // factory yields no client. The thread is not started yet.
     static DeviceSession *create(CollectThread *factory, const QString &name, QObject *parent = nullptr);
     ~DeviceSession() override;
 
     QString name() const { return m_name; }
     CollectThread *client() const { return m_client; }
+    // Null until the device was first shown.
     CollectView *view() const { return m_view; }
+    // Gets the view from the client on the first call, then hands it the
+    // latest data; it keeps getting data until hideView().
+    CollectView *showView();
+    void hideView() { m_viewShown = false; }
+    bool isViewShown() const { return m_viewShown; }
 
     void start();
     // Asks the client's event loop to end; the current tick finishes first.
@@ -92,10 +99,14 @@ private slots:
 private:
     DeviceSession(CollectThread *client, const QString &name, QObject *parent);
     void stopAndWait();
+    void updateView();
 
     QString m_name;
     CollectThread *m_client = nullptr;
     QPointer<CollectView> m_view;
+    bool m_viewShown = false;
+    QString m_userName; // handed to the view once it exists
+    int m_userLevel = -1;
     QStringList m_eventTexts;
     QStringList m_dataLogHeader;
     QMap<int, QVariant> m_latestData;

@@ -19,6 +19,7 @@ enum EventColumn { ColTime, ColDevice, ColText };
 
 constexpr int kNameRole = Qt::UserRole;
 constexpr int kColourRole = Qt::UserRole + 1;
+constexpr int kCommunicatingRole = Qt::UserRole + 2;
 constexpr int kDotSize = 12;
 constexpr int kScreenshotPollMs = 250;
 constexpr int kDevicePaneWidth = 620;
@@ -83,10 +84,10 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     connect(m_host, &DeviceHost::sessionsChanged, this, &MainWindow::syncDevices);
     connect(m_host, &DeviceHost::eventLogged, this, &MainWindow::addEvent);
     connect(m_host, &DeviceHost::noticeRaised, this, &MainWindow::addNotice);
-    connect(m_host, &DeviceHost::dataLogged, this, &MainWindow::refreshDevices);
-    connect(m_host, &DeviceHost::deviceEvent, this, [this](const QString &, int type) {
+    connect(m_host, &DeviceHost::dataLogged, this, &MainWindow::refreshDevice);
+    connect(m_host, &DeviceHost::deviceEvent, this, [this](const QString &name, int type) {
         if (type == UpsEvent::Restored || type == UpsEvent::Lost || type == UpsEvent::State)
-            refreshDevices();
+            refreshDevice(name);
     });
     connect(&m_refreshTimer, &QTimer::timeout, this, &MainWindow::refreshDevices);
     connect(&m_screenshotTimer, &QTimer::timeout, this, &MainWindow::checkScreenshot);
@@ -106,87 +107,103 @@ MainWindow::~MainWindow()
 
 void MainWindow::detachViews()
 {
-    // The views are the clients' to delete: hand them back before the stack
-    // (their parent here) goes.
-    for (const QPointer<QWidget> &view : qAsConst(m_views)) {
-        if (view) {
-            ui->viewStack->removeWidget(view);
-            view->setParent(nullptr);
-        }
-    }
-    m_views.clear();
+    for (const QString &name : m_views.keys())
+        detachView(name);
 }
 
-QTreeWidgetItem *MainWindow::deviceItem(const QString &name) const
+void MainWindow::detachView(const QString &name)
 {
-    for (int i = 0; i < ui->deviceTree->topLevelItemCount(); ++i) {
-        QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
-        if (item->data(ColName, kNameRole).toString() == name)
-            return item;
+    // The views are the clients' to delete: hand them back before the stack
+    // (their parent here) goes.
+    QPointer<QWidget> view = m_views.take(name);
+    if (view) {
+        ui->viewStack->removeWidget(view);
+        view->setParent(nullptr);
     }
-    return nullptr;
+}
+
+DeviceSession *MainWindow::sessionOf(const QTreeWidgetItem *item) const
+{
+    return item ? m_host->session(item->data(ColName, kNameRole).toString()) : nullptr;
 }
 
 void MainWindow::syncDevices()
 {
-    const QStringList names = m_host->deviceNames();
+    const QList<DeviceSession *> sessions = m_host->sessions();
     // Devices that went away: drop their rows and give their views back.
-    for (int i = ui->deviceTree->topLevelItemCount() - 1; i >= 0; --i) {
-        QTreeWidgetItem *item = ui->deviceTree->topLevelItem(i);
-        const QString name = item->data(ColName, kNameRole).toString();
-        if (names.contains(name))
+    for (auto it = m_items.begin(); it != m_items.end();) {
+        if (m_host->session(it.key())) {
+            ++it;
             continue;
-        QPointer<QWidget> view = m_views.take(name);
-        if (view) {
-            ui->viewStack->removeWidget(view);
-            view->setParent(nullptr);
         }
-        delete item;
+        detachView(it.key());
+        if (it.value()->data(ColName, kCommunicatingRole).toBool())
+            --m_communicating;
+        delete it.value();
+        it = m_items.erase(it);
     }
-    for (DeviceSession *session : m_host->sessions()) {
-        if (deviceItem(session->name()))
+    const QDateTime now = QDateTime::currentDateTime();
+    for (DeviceSession *session : sessions) {
+        if (m_items.contains(session->name()))
             continue;
         auto *item = new QTreeWidgetItem(ui->deviceTree);
         item->setText(ColName, session->name());
         item->setData(ColName, kNameRole, session->name());
-        if (CollectView *view = session->view()) {
-            ui->viewStack->addWidget(view);
-            m_views.insert(session->name(), view);
-        }
+        m_items.insert(session->name(), item);
+        updateRow(item, session, now);
     }
     if (!ui->deviceTree->currentItem() && ui->deviceTree->topLevelItemCount() > 0)
         ui->deviceTree->setCurrentItem(ui->deviceTree->topLevelItem(0));
-    refreshDevices();
+    updateCounts();
 }
 
 void MainWindow::refreshDevices()
 {
-    int communicating = 0;
     const QDateTime now = QDateTime::currentDateTime();
-    const QList<DeviceSession *> sessions = m_host->sessions();
-    for (DeviceSession *session : sessions) {
-        QTreeWidgetItem *item = deviceItem(session->name());
-        if (!item)
-            continue;
-        const DeviceStatus status = session->status();
-        if (status.state == DeviceStatus::State::Communicating)
-            ++communicating;
-        const QColor colour = stateColour(status);
-        if (item->data(ColName, kColourRole).value<QColor>() != colour) {
-            item->setIcon(ColName, dotIcon(colour));
-            item->setData(ColName, kColourRole, colour);
-        }
-        item->setText(ColState, stateText(status));
-        item->setText(ColModel, status.model);
-        item->setText(ColLoad, status.load >= 0 ? tr("%1 %").arg(status.load) : QString());
-        item->setText(ColAddress, status.portInfo);
-        item->setText(ColLastData, DeviceSession::dataAgeText(session->lastDataTime(), now));
-        const QStringList alarms = session->activeAlarms();
-        item->setToolTip(ColName, alarms.isEmpty() ? status.portInfo
-                                                   : tr("Active alarms:\n%1").arg(alarms.join(QLatin1Char('\n'))));
+    for (auto it = m_items.constBegin(); it != m_items.constEnd(); ++it) {
+        if (DeviceSession *session = m_host->session(it.key()))
+            updateRow(it.value(), session, now);
     }
-    m_devicesLabel->setText(tr("Devices: %1").arg(sessions.size()));
-    m_communicatingLabel->setText(tr("Communicating: %1").arg(communicating));
+    updateCounts();
+}
+
+void MainWindow::refreshDevice(const QString &name)
+{
+    QTreeWidgetItem *item = deviceItem(name);
+    DeviceSession *session = m_host->session(name);
+    if (!item || !session)
+        return;
+    updateRow(item, session, QDateTime::currentDateTime());
+    updateCounts();
+}
+
+void MainWindow::updateRow(QTreeWidgetItem *item, DeviceSession *session, const QDateTime &now)
+{
+    const DeviceStatus status = session->status();
+    const bool communicating = status.state == DeviceStatus::State::Communicating;
+    if (item->data(ColName, kCommunicatingRole).toBool() != communicating) {
+        m_communicating += communicating ? 1 : -1;
+        item->setData(ColName, kCommunicatingRole, communicating);
+    }
+    const QColor colour = stateColour(status);
+    if (item->data(ColName, kColourRole).value<QColor>() != colour) {
+        item->setIcon(ColName, dotIcon(colour));
+        item->setData(ColName, kColourRole, colour);
+    }
+    item->setText(ColState, stateText(status));
+    item->setText(ColModel, status.model);
+    item->setText(ColLoad, status.load >= 0 ? tr("%1 %").arg(status.load) : QString());
+    item->setText(ColAddress, status.portInfo);
+    item->setText(ColLastData, DeviceSession::dataAgeText(session->lastDataTime(), now));
+    const QStringList alarms = session->activeAlarms();
+    item->setToolTip(ColName, alarms.isEmpty() ? status.portInfo
+                                               : tr("Active alarms:\n%1").arg(alarms.join(QLatin1Char('\n'))));
+}
+
+void MainWindow::updateCounts()
+{
+    m_devicesLabel->setText(tr("Devices: %1").arg(m_items.size()));
+    m_communicatingLabel->setText(tr("Communicating: %1").arg(m_communicating));
 }
 
 QColor MainWindow::stateColour(const DeviceStatus &status)
@@ -227,9 +244,16 @@ void MainWindow::selectDevice(const QString &name)
         ui->deviceTree->setCurrentItem(item);
 }
 
-void MainWindow::onCurrentDeviceChanged(QTreeWidgetItem *current)
+void MainWindow::onCurrentDeviceChanged(QTreeWidgetItem *current, QTreeWidgetItem *previous)
 {
-    QWidget *view = current ? m_views.value(current->data(ColName, kNameRole).toString()) : nullptr;
+    if (DeviceSession *session = sessionOf(previous))
+        session->hideView();
+    DeviceSession *session = sessionOf(current);
+    QWidget *view = session ? session->showView() : nullptr;
+    if (view && !m_views.contains(session->name())) {
+        ui->viewStack->addWidget(view);
+        m_views.insert(session->name(), view);
+    }
     ui->viewStack->setCurrentWidget(view ? view : ui->emptyPage);
 }
 

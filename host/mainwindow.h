@@ -4,6 +4,7 @@
 #include <QColor>
 #include <QDateTime>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QMainWindow>
 #include <QMap>
 #include <QPointer>
@@ -24,7 +25,9 @@ class MainWindow;
 // last data on the left, the selected device's own view on the right, the
 // event log with the host's notices below and a status bar that keeps a log
 // writing problem in sight. The views belong to their clients; the window
-// only shows them.
+// only shows them, and asks for a device's view when it is first selected.
+// A device's row is refreshed when its data or state changes, every row
+// once a second for the age of the data.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -49,6 +52,7 @@ public:
 
 public slots:
     void refreshDevices();
+    void refreshDevice(const QString &name);
 
 signals:
     void screenshotDone(bool saved, QString file);
@@ -61,18 +65,24 @@ private slots:
     void addEvent(QDateTime time, QString device, int type, QString text);
     void addNotice(const HostNotice &notice);
     void onUserLevelChanged(int index);
-    void onCurrentDeviceChanged(QTreeWidgetItem *current);
+    void onCurrentDeviceChanged(QTreeWidgetItem *current, QTreeWidgetItem *previous);
     void checkScreenshot();
 
 private:
-    QTreeWidgetItem *deviceItem(const QString &name) const;
+    QTreeWidgetItem *deviceItem(const QString &name) const { return m_items.value(name); }
+    DeviceSession *sessionOf(const QTreeWidgetItem *item) const;
+    void updateRow(QTreeWidgetItem *item, DeviceSession *session, const QDateTime &now);
+    void updateCounts();
+    void detachView(const QString &name);
     void detachViews();
     void addEventRow(const QDateTime &time, const QString &device, const QString &text, const QColor &colour);
     bool allDevicesRead() const;
 
     Ui::MainWindow *ui;
     DeviceHost *m_host;
+    QHash<QString, QTreeWidgetItem *> m_items;
     QMap<QString, QPointer<QWidget>> m_views;
+    int m_communicating = 0;
     QLabel *m_devicesLabel;
     QLabel *m_communicatingLabel;
     QLabel *m_lastEventLabel;

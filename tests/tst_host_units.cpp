@@ -11,6 +11,9 @@
 #include "openfilelimit.h"
 #include "pluginhost.h"
 
+#include <QLabel>
+#include <QStatusBar>
+#include <QTreeWidget>
 #include <sys/resource.h>
 
 using namespace HostTest;
@@ -308,35 +311,101 @@ private slots:
         QCOMPARE(PluginHost().loadFolder(builtBinaryDir() + QStringLiteral("/missing")), 0);
     }
 
+    void deviceListWithManyRows()
+    {
+        // Rows are refreshed one by one as their devices report: each row must
+        // show its own device, whatever order the reports come in.
+        constexpr int kDevices = 300;
+        ScriptedHost h;
+        QList<ScriptedClient *> clients;
+        for (int i = 0; i < kDevices; ++i)
+            clients << h.start(QStringLiteral("ups %1").arg(i, 3, 10, QLatin1Char('0')));
+        MainWindow window(&h.host);
+        auto *tree = window.findChild<QTreeWidget *>(QStringLiteral("deviceTree"));
+        QCOMPARE(tree->topLevelItemCount(), kDevices);
+        const auto report = [&clients](int i, int round) {
+            const bool lost = (i + round) % 3 == 0;
+            clients[i]->flushUpsInfo(QStringLiteral("state"), lost ? 1 : 0);
+            clients[i]->flushUpsInfo(QStringLiteral("upsLoad"), i + round);
+            clients[i]->sendData({{39, i + round}, {2001, (i + round) % 5 == 0 ? 1 : 0}});
+        };
+        for (int round = 0; round < 2; ++round) {
+            QSignalSpy logged(&h.host, &DeviceHost::dataLogged);
+            for (int k = 0; k < kDevices; ++k)
+                report(k * 7 % kDevices, round); // 7 and 300 share no factor: every device, scrambled
+            QTRY_COMPARE(logged.count(), kDevices);
+            int communicating = 0;
+            for (int i = 0; i < kDevices; ++i) {
+                const QTreeWidgetItem *item = tree->topLevelItem(i);
+                const int device = item->text(0).mid(4).toInt();
+                const bool lost = (device + round) % 3 == 0;
+                const bool alarm = (device + round) % 5 == 0;
+                communicating += lost ? 0 : 1;
+                const QString expected = lost ? "Communication lost" : alarm ? "Alarm" : "Communicating";
+                QCOMPARE(item->text(1), expected);
+                QCOMPARE(item->text(3), QStringLiteral("%1 %").arg(device + round));
+                DeviceStatus status;
+                status.state = lost ? DeviceStatus::State::Lost : DeviceStatus::State::Communicating;
+                status.alarmActive = alarm;
+                QCOMPARE(window.deviceColour(item->text(0)), MainWindow::stateColour(status));
+            }
+            QStringList labels;
+            for (const QLabel *label : window.statusBar()->findChildren<QLabel *>())
+                labels << label->text();
+            QVERIFY2(labels.contains(QStringLiteral("Devices: %1").arg(kDevices)), qPrintable(labels.join('|')));
+            QVERIFY2(labels.contains(QStringLiteral("Communicating: %1").arg(communicating)), qPrintable(labels.join('|')));
+        }
+    }
+
     void drivesScriptedClient() // calls and names; view requests to control(), data to the view and the data log
     {
         ScriptedClient::journal.clear();
         ScriptedHost h;
+        h.host.setUserInfo(QStringLiteral("operator"), 1);
         ScriptedClient *client = h.start(QStringLiteral("ups 1"));
         QVERIFY(client && client->isRunning());
-        QCOMPARE(ScriptedClient::journal, (QStringList{"create", "loadConfig:ups 1", "getView"}));
+        // No view until the device is shown: a headless host never makes one.
+        QCOMPARE(ScriptedClient::journal, (QStringList{"create", "loadConfig:ups 1"}));
         DeviceSession *session = h.host.session(QStringLiteral("ups 1"));
-        QCOMPARE(session->view(), client->view.get());
+        QVERIFY(!session->view());
         QVERIFY(noticeTexts(h.host, QStringLiteral("retries")).isEmpty());
 
         QSignalSpy events(session, &DeviceSession::eventReceived);
-        for (int id : {1002, 1003, 1014, 1015}) // the ends of the control range and their neighbours
-            client->view->control(id, QString::number(id)); // what the view's widgets do
-        QVERIFY(client->controls.isEmpty());                // queued, not a direct call
         // Answers without data points (alarms, identity) and junk in their place: nothing to show or log.
         emit client->postDEvent(2007, {{"dis_alarm", 0}});
         emit client->postDEvent(2007, {{"data", QStringLiteral("junk")}, {"raw_data", QByteArray(146, '\0')}});
         const Points data{{9, 230}, {2000, 1}};
         client->sendData(data);
-        QTRY_COMPARE(events.count(), 7);
-        QCOMPARE(client->controls, (QList<QPair<int, QString>>{{1003, "1003"}, {1014, "1014"}}));
-        QCOMPARE(client->view->calls, QStringList({"flushData", "refreshData"}));
-        QCOMPARE(client->view->dataMap, data);
+        QTRY_COMPARE(events.count(), 3);
         QCOMPARE(session->latestData(), data);
         QVERIFY(session->status().alarmActive);
+
+        // Shown after the data arrived: the view comes with the latest values and the user's rights.
+        CollectView *view = session->showView();
+        QVERIFY(view && view == client->view.get());
+        QCOMPARE(ScriptedClient::journal.last(), QStringLiteral("getView"));
+        QCOMPARE(client->view->calls, QStringList({"flushData", "refreshData"}));
+        QCOMPARE(client->view->dataMap, data);
+        QCOMPARE(client->view->userLevel, 1);
+        // Hidden, it gets nothing; shown again, the latest.
+        session->hideView();
+        client->view->calls.clear();
+        const Points later{{9, 231}};
+        client->sendData(later);
+        QTRY_COMPARE(events.count(), 4);
+        QVERIFY(client->view->calls.isEmpty());
+        session->showView();
+        QCOMPARE(client->view->calls, QStringList({"flushData", "refreshData"}));
+        QCOMPARE(client->view->dataMap, later);
+
+        for (int id : {1002, 1003, 1014, 1015}) // the ends of the control range and their neighbours
+            client->view->control(id, QString::number(id)); // what the view's widgets do
+        QVERIFY(client->controls.isEmpty());                // queued, not a direct call
+        QTRY_COMPARE(events.count(), 8);
+        QCOMPARE(client->controls, (QList<QPair<int, QString>>{{1003, "1003"}, {1014, "1014"}}));
         // One header and one row; every column the plug-in formats is written, commas quoted.
         const QString path = h.host.logs().dataFilePath(session->name(), QDate::currentDate());
-        QCOMPARE(fileLines(path).size(), 2);
+        QCOMPARE(fileLines(path).size(), 3);
         QCOMPARE(csvFields(fileLines(path).at(1)).mid(1), (QStringList{"230", "a,b"}));
 
         // A taken name, a factory without clients, no factory at all.
@@ -363,7 +432,7 @@ private slots:
         QTRY_COMPARE(fileLines(twinPath).size(), 2); // a shared file would hold the other row already
         QCOMPARE(routed.value(0), (QVariantList{QStringLiteral("ups_1"), 2007}));
         QCOMPARE(csvFields(fileLines(twinPath).at(1)).value(1), QStringLiteral("201"));
-        QCOMPARE(fileLines(path).size(), 2);
+        QCOMPARE(fileLines(path).size(), 3);
     }
 };
 
