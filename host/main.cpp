@@ -118,7 +118,8 @@ int main(int argc, char *argv[])
     const QString shortfall = OpenFileLimit::shortfallText(openFileLimit, devices.size());
     if (!shortfall.isEmpty())
         host.notice(QString(), shortfall);
-    host.startDevices(devices);
+    // Started once the event loop runs, a slice at a time.
+    host.startDevicesInBackground(devices);
 
     QFile out;
     out.open(stdout, QIODevice::WriteOnly);
@@ -130,8 +131,9 @@ int main(int argc, char *argv[])
         QObject::connect(monitor, &ConsoleMonitor::quitRequested, &app, &QCoreApplication::quit);
         monitor->startStatus();
         monitor->readCommands(STDIN_FILENO);
-        printLine(stdout, QApplication::translate("main", "%1 device(s); type help for commands")
-                              .arg(host.sessions().size()));
+        QObject::connect(&host, &DeviceHost::devicesStarted, &app, [](int started) {
+            printLine(stdout, QApplication::translate("main", "%1 device(s); type help for commands").arg(started));
+        });
     } else {
         window = new MainWindow(&host);
         window->show();

@@ -329,6 +329,8 @@ void MainWindow::saveScreenshotWhenReady(const QString &file, int timeoutMs)
 
 bool MainWindow::allDevicesRead() const
 {
+    if (m_host->isStartingDevices())
+        return false;
     for (DeviceSession *session : m_host->sessions()) {
         if (!session->hasFullPicture() && session->status().state != DeviceStatus::State::Lost)
             return false;
