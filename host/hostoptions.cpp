@@ -2,7 +2,9 @@
 
 #include <QCommandLineOption>
 #include <QCommandLineParser>
+#include <QHostAddress>
 
+#include "deviceconfig.h"
 #include "devicehost.h"
 
 namespace {
@@ -50,6 +52,11 @@ struct Options
     QCommandLineOption userLevel{QStringLiteral("user-level"),
                                  HostOptions::tr("Rights of the user: 0 viewer, 1 operator (default 1)."),
                                  QStringLiteral("N")};
+    QCommandLineOption nutListen{QStringLiteral("nut-listen"),
+                                 HostOptions::tr("Serve the devices to NUT clients (upsc, upsmon, upscmd) at "
+                                                 "ADDR:PORT, e.g. 127.0.0.1:3493; users and rights in upsd.users "
+                                                 "beside dev.ini."),
+                                 QStringLiteral("ADDR:PORT")};
 
     void setUp(QCommandLineParser &parser) const
     {
@@ -60,7 +67,8 @@ struct Options
                             "is in a connection attempt (5 s pause + 30 s connection wait).")
                 .arg(DeviceHost::StopBoundSeconds));
         parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
-        parser.addOptions({help, headless, duration, screenshot, add, interval, retries, plugins, userLevel});
+        parser.addOptions(
+            {help, headless, duration, screenshot, add, interval, retries, plugins, userLevel, nutListen});
         parser.addPositionalArgument(QStringLiteral("HOST:PORT"), HostOptions::tr("Address of each --add, in order."),
                                      QStringLiteral("[HOST:PORT...]"));
     }
@@ -106,6 +114,10 @@ HostOptions HostOptions::parse(const QStringList &arguments)
     if (parser.isSet(o.userLevel)
         && (!readNumber(parser.value(o.userLevel), 0, &options.userLevel) || options.userLevel > kMaxUserLevel))
         return fail(tr("--user-level needs a number from 0 to %1").arg(kMaxUserLevel));
+    if (parser.isSet(o.nutListen)
+        && (!DeviceConfig::parseEndpoint(parser.value(o.nutListen), &options.nutAddress, &options.nutPort)
+            || QHostAddress(options.nutAddress).isNull()))
+        return fail(tr("--nut-listen needs an IP address and a port, e.g. 127.0.0.1:3493 or [::1]:3493"));
 
     const QStringList names = parser.values(o.add);
     const QStringList endpoints = parser.positionalArguments();

@@ -37,6 +37,8 @@ public:
     int retries = -1;
     QString pluginFolder;
     int userLevel = OperatorLevel;
+    QString nutAddress; // empty: no NUT server
+    int nutPort = 0;
 };
 
 #endif // HOSTOPTIONS_H

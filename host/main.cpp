@@ -7,6 +7,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <memory>
 #include <unistd.h>
 
 #include "consolemonitor.h"
@@ -14,6 +15,7 @@
 #include "devicehost.h"
 #include "hostoptions.h"
 #include "mainwindow.h"
+#include "nutserver.h"
 #include "openfilelimit.h"
 #include "pluginhost.h"
 #include "quitonsignal.h"
@@ -120,6 +122,20 @@ int main(int argc, char *argv[])
         host.notice(QString(), shortfall);
     // Started once the event loop runs, a slice at a time.
     host.startDevicesInBackground(devices);
+    std::unique_ptr<NutServer> nutServer;
+    if (!options.nutAddress.isEmpty()) {
+        nutServer.reset(new NutServer(&host));
+        nutServer->loadUsers(NutServer::usersFilePath(config.path()));
+        nutServer->setPollIntervals(devices);
+        if (!nutServer->listen(QHostAddress(options.nutAddress), quint16(options.nutPort))) {
+            printLine(stderr, QApplication::translate("main", "cannot serve NUT clients at %1:%2: %3")
+                                  .arg(options.nutAddress)
+                                  .arg(options.nutPort)
+                                  .arg(nutServer->errorString()));
+            host.shutdown();
+            return 1;
+        }
+    }
 
     QFile out;
     out.open(stdout, QIODevice::WriteOnly);

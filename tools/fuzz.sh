@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets with clang into build-fuzz/ and runs each of
-# them for SECONDS (default 45), both at once (each is single-threaded):
+# them for SECONDS (default 45), all at once (each is single-threaded):
 #   fuzz_decode  received Modbus/TCP answers -> OrvekClient::decodeAnswer
 #   fuzz_devini  dev.ini contents -> DeviceConfig::devices, OrvekClient::loadConfig
+#   fuzz_nutline NUT request lines and users files -> NutLine::split, NutUsers::parse
 # Each target runs from a scratch folder holding a copy of the binary and of
 # its seed corpus, so fuzzing never grows fuzz/corpus and the dev.ini
 # it writes stays out of the build folder. Exits non-zero on any finding; the
@@ -85,7 +86,9 @@ finish_target() {
 
 start_target decode 4096
 start_target devini 8192 -dict="$FUZZ_SRC/devini.dict"
+start_target nutline 4096
 status=0
 finish_target decode || status=1
 finish_target devini || status=1
+finish_target nutline || status=1
 exit "$status"

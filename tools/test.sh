@@ -21,4 +21,4 @@ BUILD_DIR="$ROOT/build-asan" "$ROOT/tools/bootstrap.sh" \
     ctest -L core --output-on-failure)
 
 # Answer decoding and dev.ini reading under libFuzzer, 40 s each (both at once).
-bash "$ROOT/tools/fuzz.sh" 40
+bash "$ROOT/tools/fuzz.sh" 30
