@@ -413,7 +413,6 @@ bool OrvekClient::takeNextCommand(ControlCmd &cmd)
 
 int OrvekClient::check_set_command()
 {
-    const QString resultTexts[2] = {tr("failed"), tr("successful")};
     EventMap map; // reused for every command of this call
     int sent = 0;
     ControlCmd cmd;
@@ -436,7 +435,8 @@ int OrvekClient::check_set_command()
         }
         map.insert(UpsKey::Result, result);
         map.insert(UpsKey::CmdId, cmd.id);
-        map.insert(UpsKey::Desc, tr("%1 excute %2 %3").arg(name, commandText, resultTexts[result]));
+        const QString resultText = result ? tr("successful") : tr("failed");
+        map.insert(UpsKey::Desc, tr("%1 excute %2 %3").arg(name, commandText, resultText));
         emit postDEvent(UpsEvent::CommandResult, map);
     }
     return 1;

@@ -34,7 +34,7 @@ public:
 
     QString statusBlock() const;
     // now: the time the age of the last data is counted to.
-    static QString deviceLine(const DeviceSession *session, const QDateTime &now = QDateTime::currentDateTime());
+    static QString deviceLine(const DeviceSession *session, const QDateTime &now = QDateTime::currentDateTimeUtc());
     // Output source, input and output voltage, load and battery capacity of
     // the latest data, as the device line shows them.
     static QStringList measurementFields(const QMap<int, QVariant> &data);

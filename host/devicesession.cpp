@@ -91,7 +91,7 @@ void DeviceSession::onPostDEvent(int type, QMap<QString, QVariant> map)
         const QVariant data = map.value(UpsKey::Data);
         if (data.userType() == qMetaTypeId<QMap<int, QVariant>>()) {
             m_latestData = data.value<QMap<int, QVariant>>();
-            m_lastDataTime = QDateTime::currentDateTime();
+            m_lastDataTime = QDateTime::currentDateTimeUtc(); // for ages only: no time zone lookup
             if (m_viewShown)
                 updateView();
             emit dataReceived(m_latestData);

@@ -93,18 +93,18 @@ QString LogWriter::reserveDataName(const QString &device)
 bool LogWriter::writeEvent(const QDateTime &time, const QString &device, int type, const QString &text)
 {
     const QStringList fields = {timeText(time), flatField(device), QString::number(type), flatField(text)};
-    return appendLine(eventFilePath(time.date()), time.date(), fields.join(kEventSeparator), QString());
+    return appendLine(eventFilePath(time.date()), time.date(), fields.join(kEventSeparator), nullptr);
 }
 
 bool LogWriter::writeDataRow(const QDateTime &time, const QString &device, const QStringList &header,
                              const QStringList &row)
 {
-    const QString headerLine = csvLine(QStringList{QLatin1String(kTimeColumn)} + header);
     const QString rowLine = csvLine(QStringList{timeText(time)} + row);
-    return appendLine(dataFilePath(device, time.date()), time.date(), rowLine, headerLine);
+    return appendLine(dataFilePath(device, time.date()), time.date(), rowLine, &header);
 }
 
-bool LogWriter::appendLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew)
+bool LogWriter::appendLine(const QString &path, const QDate &date, const QString &line,
+                           const QStringList *headerIfNew)
 {
     closeIdleFiles();
     forgetFailuresBefore(date);
@@ -130,16 +130,16 @@ bool LogWriter::appendLine(const QString &path, const QDate &date, const QString
     return true;
 }
 
-bool LogWriter::writeLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew,
-                          QString *error)
+bool LogWriter::writeLine(const QString &path, const QDate &date, const QString &line,
+                          const QStringList *headerIfNew, QString *error)
 {
     bool empty = false;
     OpenFile *open = openFile(path, date, &empty, error);
     if (!open)
         return false;
     QByteArray bytes;
-    if (!headerIfNew.isEmpty() && empty)
-        bytes += headerIfNew.toUtf8() + '\n';
+    if (headerIfNew && empty)
+        bytes += csvLine(QStringList{QLatin1String(kTimeColumn)} + *headerIfNew).toUtf8() + '\n';
     bytes += line.toUtf8() + '\n';
     // Unbuffered: the write reaches the file at once and sees ENOSPC itself.
     if (open->file->write(bytes) != bytes.size()) {

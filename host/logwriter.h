@@ -97,8 +97,10 @@ private:
     };
     using OpenFiles = std::unordered_map<QString, OpenFile>;
 
-    bool appendLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew);
-    bool writeLine(const QString &path, const QDate &date, const QString &line, const QString &headerIfNew,
+    // The header columns (after the time) of a file that gets one; built
+    // into a line only for a new or emptied file.
+    bool appendLine(const QString &path, const QDate &date, const QString &line, const QStringList *headerIfNew);
+    bool writeLine(const QString &path, const QDate &date, const QString &line, const QStringList *headerIfNew,
                    QString *error);
     OpenFile *openFile(const QString &path, const QDate &date, bool *empty, QString *error);
     void makeRoom(const QDate &date);

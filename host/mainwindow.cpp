@@ -142,7 +142,7 @@ void MainWindow::syncDevices()
         delete it.value();
         it = m_items.erase(it);
     }
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     for (DeviceSession *session : sessions) {
         if (m_items.contains(session->name()))
             continue;
@@ -159,7 +159,7 @@ void MainWindow::syncDevices()
 
 void MainWindow::refreshDevices()
 {
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
     for (auto it = m_items.constBegin(); it != m_items.constEnd(); ++it) {
         if (DeviceSession *session = m_host->session(it.key()))
             updateRow(it.value(), session, now);
@@ -173,7 +173,7 @@ void MainWindow::refreshDevice(const QString &name)
     DeviceSession *session = m_host->session(name);
     if (!item || !session)
         return;
-    updateRow(item, session, QDateTime::currentDateTime());
+    updateRow(item, session, QDateTime::currentDateTimeUtc());
     updateCounts();
 }
 

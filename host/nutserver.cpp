@@ -372,7 +372,7 @@ QByteArray NutServer::unavailable(DeviceSession *session) const
     if (!session->lastDataTime().isValid() || session->status().state == DeviceStatus::State::Lost)
         return QByteArrayLiteral("DRIVER-NOT-CONNECTED");
     const StaleRule rule = m_staleRules.value(session->name(), StaleRule());
-    if (!session->hasFullPicture() || rule.isStale(session->lastDataTime(), QDateTime::currentDateTime()))
+    if (!session->hasFullPicture() || rule.isStale(session->lastDataTime(), QDateTime::currentDateTimeUtc()))
         return QByteArrayLiteral("DATA-STALE");
     return QByteArray();
 }
