@@ -33,7 +33,7 @@ QString stateText(const DeviceStatus &status)
 {
     switch (status.state) {
     case DeviceStatus::State::Communicating:
-        return ConsoleMonitor::tr("communicating");
+        return status.stale ? ConsoleMonitor::tr("data stale") : ConsoleMonitor::tr("communicating");
     case DeviceStatus::State::Lost:
         return ConsoleMonitor::tr("lost");
     case DeviceStatus::State::Unknown:

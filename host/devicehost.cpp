@@ -28,7 +28,9 @@ DeviceHost::DeviceHost(const QString &logFolder, QObject *parent)
     : QObject(parent)
     , m_plugins(new PluginHost(this))
     , m_logs(logFolder)
+    , m_staleTimer(new QTimer(this))
 {
+    connect(m_staleTimer, &QTimer::timeout, this, &DeviceHost::checkStaleData);
     qRegisterMetaType<HostNotice>();
     connect(&m_logs, &LogWriter::failureChanged, this,
             [this](bool, const QString &message) { notice(QString(), message); });
@@ -75,7 +77,10 @@ bool DeviceHost::startDevice(const DeviceEntry &entry)
         notice(entry.name, tr("not started: no device plug-in \"%1\" is loaded").arg(entry.plugin));
         return false;
     }
-    return addDevice(factory, entry.name) != nullptr;
+    DeviceSession *session = addDevice(factory, entry.name);
+    if (session)
+        session->setStaleRule(StaleRule(entry.interval));
+    return session != nullptr;
 }
 
 void DeviceHost::startDevicesInBackground(const QList<DeviceEntry> &entries)
@@ -126,6 +131,8 @@ DeviceSession *DeviceHost::addDevice(CollectThread *factory, const QString &name
     m_sessions << s;
     m_byName.insert(name, s);
     s->start();
+    if (!m_staleTimer->isActive())
+        m_staleTimer->start(StaleCheckMs);
     emit sessionsChanged();
     return s;
 }
@@ -179,9 +186,34 @@ void DeviceHost::onEventReceived(DeviceSession *s, int type, const QMap<QString,
     const QString text = EventFormatter::text(type, map, s->eventTexts());
     if (text.isEmpty() || repeatsAlarm(s->name(), type, map))
         return;
+    logEvent(s, type, text);
+}
+
+void DeviceHost::logEvent(DeviceSession *s, int type, const QString &text)
+{
     const QDateTime now = QDateTime::currentDateTime();
     m_logs.writeEvent(now, s->name(), type, text);
     emit eventLogged(now, s->name(), type, text);
+}
+
+void DeviceHost::checkStaleData()
+{
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    for (DeviceSession *s : qAsConst(m_sessions)) {
+        if (s->status().state == DeviceStatus::State::Lost)
+            continue; // reported as lost already; whether data came back is decided after
+        const bool stale = s->isStale(now);
+        if (stale == m_staleReported.contains(s))
+            continue;
+        if (stale) {
+            m_staleReported.insert(s);
+            logEvent(s, DataStale, tr("Data stale: no answer decoded for %1 s").arg(s->lastDataTime().secsTo(now)));
+        } else {
+            m_staleReported.remove(s);
+            logEvent(s, DataCurrent, tr("Data current again"));
+        }
+        emit deviceEvent(s->name(), stale ? DataStale : DataCurrent);
+    }
 }
 
 bool DeviceHost::repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map)
@@ -235,6 +267,8 @@ void DeviceHost::shutdown(const StopProgress &progress)
     const QList<DeviceSession *> sessions = m_sessions;
     m_sessions.clear();
     m_byName.clear();
+    m_staleReported.clear();
+    m_staleTimer->stop();
     emit sessionsChanged();
     qDeleteAll(sessions);
     m_shuttingDown = false;

@@ -6,6 +6,7 @@
 #include <QList>
 #include <QMap>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
@@ -17,6 +18,7 @@
 class CollectThread;
 class DeviceSession;
 class PluginHost;
+class QTimer;
 
 // Something the user has to know about the host itself rather than about a
 // UPS: a log that cannot be written, a problem in dev.ini, a plug-in passed
@@ -36,6 +38,10 @@ class DeviceHost : public QObject
 {
     Q_OBJECT
 public:
+    // Events of the host itself, beside the plug-in's event types.
+    enum HostEvent { DataStale = 3001, DataCurrent = 3002 };
+    static constexpr int StaleCheckMs = 1000;
+
     // Longest a client can take to notice quit(): a tick in a connection
     // attempt pauses 5 s and then waits up to 30 s for the connection.
     static constexpr int StopBoundSeconds = 35;
@@ -102,12 +108,17 @@ private:
     bool repeatsAlarm(const QString &device, int type, const QMap<QString, QVariant> &map);
     void checkNewDevice(DeviceSession *session);
     bool startDevice(const DeviceEntry &entry);
+    // One event when a device's data goes stale, one when data returns.
+    void checkStaleData();
+    void logEvent(DeviceSession *session, int type, const QString &text);
     void startPendingSlice();
 
     PluginHost *m_plugins;
     LogWriter m_logs;
     QList<DeviceSession *> m_sessions;
     QHash<QString, DeviceSession *> m_byName;
+    QSet<DeviceSession *> m_staleReported;
+    QTimer *m_staleTimer;
     QList<DeviceEntry> m_pendingStarts;
     int m_backgroundStarted = 0;
     QList<HostNotice> m_notices;

@@ -174,6 +174,7 @@ DeviceStatus DeviceSession::status() const
     status.load = ok && !m_latestData.isEmpty() ? loadValue : -1;
     status.portInfo = port.toString();
     status.alarmActive = alarmsActive(m_latestData);
+    status.stale = status.state == DeviceStatus::State::Communicating && isStale(QDateTime::currentDateTimeUtc());
     return status;
 }
 

@@ -10,6 +10,7 @@
 #include <QVariant>
 
 #include "collectview.h"
+#include "stalerule.h"
 
 class CollectThread;
 
@@ -25,6 +26,8 @@ struct DeviceStatus
     int load = -1;       // upsLoad, % (-1: not known)
     QString portInfo;
     bool alarmActive = false;
+    // Communicating, but the latest decoded answer is older than the stale rule allows.
+    bool stale = false;
 };
 
 // One device: its client (a thread of its own), its view, and the routing
@@ -67,6 +70,10 @@ public:
     // reports "lost" only for failed connections: an agent that holds the
     // connection but stops answering shows only as a growing age.
     QDateTime lastDataTime() const { return m_lastDataTime; }
+    // When data counts as stale; from the device's interval, set at start.
+    void setStaleRule(const StaleRule &rule) { m_staleRule = rule; }
+    StaleRule staleRule() const { return m_staleRule; }
+    bool isStale(const QDateTime &now) const { return m_staleRule.isStale(m_lastDataTime, now); }
     // "12 s ago", "3 min 5 s ago", "2 h 10 min ago"; "none yet" when invalid.
     static QString dataAgeText(const QDateTime &last, const QDateTime &now);
     // True once the view has been given measurements, alarm states and the
@@ -111,6 +118,7 @@ private:
     QStringList m_dataLogHeader;
     QMap<int, QVariant> m_latestData;
     QDateTime m_lastDataTime;
+    StaleRule m_staleRule;
 };
 
 #endif // DEVICESESSION_H

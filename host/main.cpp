@@ -126,7 +126,6 @@ int main(int argc, char *argv[])
     if (!options.nutAddress.isEmpty()) {
         nutServer.reset(new NutServer(&host));
         nutServer->loadUsers(NutServer::usersFilePath(config.path()));
-        nutServer->setPollIntervals(devices);
         if (!nutServer->listen(QHostAddress(options.nutAddress), quint16(options.nutPort))) {
             printLine(stderr, QApplication::translate("main", "cannot serve NUT clients at %1:%2: %3")
                                   .arg(options.nutAddress)

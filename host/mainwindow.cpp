@@ -30,6 +30,7 @@ const QColor kLost(0xd3, 0x2f, 0x2f);
 const QColor kUndecided(0x9e, 0x9e, 0x9e);
 const QColor kAlarm(0xf5, 0x8c, 0x00);
 const QColor kNotice(0xb2, 0x5e, 0x00);
+const QColor kStale(0x8e, 0x24, 0xaa);
 
 QIcon dotIcon(const QColor &colour)
 {
@@ -86,7 +87,8 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     connect(m_host, &DeviceHost::noticeRaised, this, &MainWindow::addNotice);
     connect(m_host, &DeviceHost::dataLogged, this, &MainWindow::refreshDevice);
     connect(m_host, &DeviceHost::deviceEvent, this, [this](const QString &name, int type) {
-        if (type == UpsEvent::Restored || type == UpsEvent::Lost || type == UpsEvent::State)
+        if (type == UpsEvent::Restored || type == UpsEvent::Lost || type == UpsEvent::State
+            || type == DeviceHost::DataStale || type == DeviceHost::DataCurrent)
             refreshDevice(name);
     });
     connect(&m_refreshTimer, &QTimer::timeout, this, &MainWindow::refreshDevices);
@@ -212,6 +214,8 @@ QColor MainWindow::stateColour(const DeviceStatus &status)
     case DeviceStatus::State::Lost:
         return kLost;
     case DeviceStatus::State::Communicating:
+        if (status.stale)
+            return kStale;
         return status.alarmActive ? kAlarm : kCommunicating;
     case DeviceStatus::State::Unknown:
         break;
@@ -225,6 +229,8 @@ QString MainWindow::stateText(const DeviceStatus &status)
     case DeviceStatus::State::Lost:
         return tr("Communication lost");
     case DeviceStatus::State::Communicating:
+        if (status.stale)
+            return tr("Data stale");
         return status.alarmActive ? tr("Alarm") : tr("Communicating");
     case DeviceStatus::State::Unknown:
         break;
@@ -259,7 +265,7 @@ void MainWindow::onCurrentDeviceChanged(QTreeWidgetItem *current, QTreeWidgetIte
 
 void MainWindow::addEvent(QDateTime time, QString device, int type, QString text)
 {
-    addEventRow(time, device, text, type == UpsEvent::Lost ? kLost : QColor());
+    addEventRow(time, device, text, type == UpsEvent::Lost ? kLost : type == DeviceHost::DataStale ? kStale : QColor());
     m_lastEventLabel->setText(tr("Last event: %1 %2 - %3").arg(time.toString(QStringLiteral("hh:mm:ss")), device, text));
 }
 

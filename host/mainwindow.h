@@ -38,7 +38,8 @@ public:
     explicit MainWindow(DeviceHost *host, QWidget *parent = nullptr);
     ~MainWindow() override;
 
-    // Colour of a device in the list: communicating green, lost red, not yet
+    // Colour of a device in the list: communicating green (purple with stale
+    // data), lost red, not yet
     // decided grey, communicating with an active alarm orange.
     static QColor stateColour(const DeviceStatus &status);
     static QString stateText(const DeviceStatus &status);

@@ -79,12 +79,6 @@ void NutServer::setPollInterval(const QString &device, int configuredInterval)
     setStaleRule(device, StaleRule(configuredInterval));
 }
 
-void NutServer::setPollIntervals(const QList<DeviceEntry> &devices)
-{
-    for (const DeviceEntry &device : devices)
-        setPollInterval(device.name, device.interval);
-}
-
 bool NutServer::listen(const QHostAddress &address, quint16 port)
 {
     return m_server->listen(address, port);
@@ -371,7 +365,7 @@ QByteArray NutServer::unavailable(DeviceSession *session) const
 {
     if (!session->lastDataTime().isValid() || session->status().state == DeviceStatus::State::Lost)
         return QByteArrayLiteral("DRIVER-NOT-CONNECTED");
-    const StaleRule rule = m_staleRules.value(session->name(), StaleRule());
+    const StaleRule rule = m_staleRules.value(session->name(), session->staleRule());
     if (!session->hasFullPicture() || rule.isStale(session->lastDataTime(), QDateTime::currentDateTimeUtc()))
         return QByteArrayLiteral("DATA-STALE");
     return QByteArray();

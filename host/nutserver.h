@@ -39,9 +39,8 @@ public:
     void setUsers(const NutUsers &users) { m_users = users; }
 
     // Data older than three polling rotations of the device read as stale;
-    // devices without an entry poll at the client's default interval.
+    // devices without an entry here use their session's rule.
     void setPollInterval(const QString &device, int configuredInterval);
-    void setPollIntervals(const QList<DeviceEntry> &devices);
     void setStaleRule(const QString &device, const StaleRule &rule) { m_staleRules.insert(device, rule); }
     void setMaxClients(int count) { m_maxClients = count; }
 

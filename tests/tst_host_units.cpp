@@ -311,6 +311,36 @@ private slots:
         QCOMPARE(PluginHost().loadFolder(builtBinaryDir() + QStringLiteral("/missing")), 0);
     }
 
+    void staleDataIsToldOnce()
+    {
+        // An agent that keeps the connection but stops answering: only the data's age shows it.
+        ScriptedHost h;
+        ScriptedClient *client = h.start(QStringLiteral("ups 1"));
+        DeviceSession *session = h.host.session(QStringLiteral("ups 1"));
+        session->setStaleRule(StaleRule(1, 0)); // stale once a whole second has passed
+        client->flushUpsInfo(QStringLiteral("state"), 0);
+        QSignalSpy logged(&h.host, &DeviceHost::eventLogged);
+        const auto types = [&logged] {
+            QList<int> t;
+            for (const QList<QVariant> &args : logged)
+                t << args.at(2).toInt();
+            return t;
+        };
+        client->sendData({{9, 230}});
+        QTRY_COMPARE_WITH_TIMEOUT(types(), QList<int>{DeviceHost::DataStale}, 5000);
+        QVERIFY(session->status().stale);
+        QVERIFY(ConsoleMonitor::deviceLine(session).contains(QStringLiteral("data stale")));
+        QTest::qWait(DeviceHost::StaleCheckMs + 200); // told once, not on every check
+        QCOMPARE(types().size(), 1);
+        client->sendData({{9, 231}});
+        QTRY_COMPARE_WITH_TIMEOUT(types(), (QList<int>{DeviceHost::DataStale, DeviceHost::DataCurrent}), 3000);
+        // A lost device is told as lost only.
+        client->flushUpsInfo(QStringLiteral("state"), 1);
+        QTest::qWait(2 * DeviceHost::StaleCheckMs + 200);
+        QCOMPARE(types().size(), 2);
+        QVERIFY(!session->status().stale);
+    }
+
     void deviceListWithManyRows()
     {
         // Rows are refreshed one by one as their devices report: each row must
