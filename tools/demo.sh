@@ -2,13 +2,15 @@
 # The demo: builds everything, starts two simulated UPS agents on loopback
 # (a single-phase unit playing a mains failure, battery discharge and mains
 # return within a minute, and a three-phase unit in normal operation) and the
-# reference host monitoring both. Without a display the host runs as a console
+# reference host monitoring both and serving them to NUT clients on loopback.
+# Without a display the host runs as a console
 # monitor. Extra arguments go to the host, e.g. --duration 90 or --headless.
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD_DIR="${BUILD_DIR:-$ROOT/build}"
 PORT1="${ORVEK_DEMO_PORT1:-1502}"
 PORT2="${ORVEK_DEMO_PORT2:-1503}"
+NUTPORT="${ORVEK_DEMO_NUT_PORT:-3493}"
 
 BUILD_DIR="$BUILD_DIR" "$ROOT/tools/bootstrap.sh"
 BIN="$BUILD_DIR/bin"
@@ -36,7 +38,8 @@ echo "demo: agent logs (every register write) in $LOGDIR"
 rm -f "$BIN/KSVO/Quoranet/db/dev.ini"
 "$BIN/orvek-host" --add ups1 "127.0.0.1:$PORT1" --add ups2 "127.0.0.1:$PORT2" --interval 5 --retries 3
 
-host_args=()
+host_args=(--nut-listen "127.0.0.1:$NUTPORT")
+echo "demo: NUT clients: upsc -l 127.0.0.1:$NUTPORT   upsc ups1@127.0.0.1:$NUTPORT"
 if [[ -z "${DISPLAY:-}" && -z "${WAYLAND_DISPLAY:-}" ]]; then
     host_args+=(--headless)
 fi
