@@ -57,6 +57,10 @@ struct Options
                                                  "ADDR:PORT, e.g. 127.0.0.1:3493; users and rights in upsd.users "
                                                  "beside dev.ini."),
                                  QStringLiteral("ADDR:PORT")};
+    QCommandLineOption metricsListen{QStringLiteral("metrics-listen"),
+                                     HostOptions::tr("Serve Prometheus metrics at http://ADDR:PORT/metrics, e.g. "
+                                                     "127.0.0.1:9184."),
+                                     QStringLiteral("ADDR:PORT")};
 
     void setUp(QCommandLineParser &parser) const
     {
@@ -68,7 +72,7 @@ struct Options
                 .arg(DeviceHost::StopBoundSeconds));
         parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
         parser.addOptions(
-            {help, headless, duration, screenshot, add, interval, retries, plugins, userLevel, nutListen});
+            {help, headless, duration, screenshot, add, interval, retries, plugins, userLevel, nutListen, metricsListen});
         parser.addPositionalArgument(QStringLiteral("HOST:PORT"), HostOptions::tr("Address of each --add, in order."),
                                      QStringLiteral("[HOST:PORT...]"));
     }
@@ -118,6 +122,11 @@ HostOptions HostOptions::parse(const QStringList &arguments)
         && (!DeviceConfig::parseEndpoint(parser.value(o.nutListen), &options.nutAddress, &options.nutPort)
             || QHostAddress(options.nutAddress).isNull()))
         return fail(tr("--nut-listen needs an IP address and a port, e.g. 127.0.0.1:3493 or [::1]:3493"));
+    if (parser.isSet(o.metricsListen)
+        && (!DeviceConfig::parseEndpoint(parser.value(o.metricsListen), &options.metricsAddress,
+                                         &options.metricsPort)
+            || QHostAddress(options.metricsAddress).isNull()))
+        return fail(tr("--metrics-listen needs an IP address and a port, e.g. 127.0.0.1:9184 or [::1]:9184"));
 
     const QStringList names = parser.values(o.add);
     const QStringList endpoints = parser.positionalArguments();

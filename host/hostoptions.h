@@ -39,6 +39,8 @@ public:
     int userLevel = OperatorLevel;
     QString nutAddress; // empty: no NUT server
     int nutPort = 0;
+    QString metricsAddress; // empty: no /metrics
+    int metricsPort = 0;
 };
 
 #endif // HOSTOPTIONS_H

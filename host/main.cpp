@@ -15,6 +15,7 @@
 #include "devicehost.h"
 #include "hostoptions.h"
 #include "mainwindow.h"
+#include "metricsserver.h"
 #include "nutserver.h"
 #include "openfilelimit.h"
 #include "pluginhost.h"
@@ -135,6 +136,18 @@ int main(int argc, char *argv[])
             return 1;
         }
     }
+    std::unique_ptr<MetricsServer> metricsServer;
+    if (!options.metricsAddress.isEmpty()) {
+        metricsServer.reset(new MetricsServer(&host));
+        if (!metricsServer->listen(options.metricsAddress, quint16(options.metricsPort))) {
+            printLine(stderr, QApplication::translate("main", "cannot serve metrics at %1:%2: %3")
+                                  .arg(options.metricsAddress)
+                                  .arg(options.metricsPort)
+                                  .arg(metricsServer->errorString()));
+            host.shutdown();
+            return 1;
+        }
+    }
 
     QFile out;
     out.open(stdout, QIODevice::WriteOnly);
@@ -183,6 +196,8 @@ int main(int argc, char *argv[])
                               .arg(host.sessions().size())
                               .arg(DeviceHost::StopBoundSeconds));
     }
+    if (metricsServer)
+        metricsServer->stop(); // no scrape while the sessions go
     host.shutdown();
     delete window; // after the clients, which own the views shown in it
     return result;
