@@ -2,7 +2,8 @@
 # The demo: builds everything, starts two simulated UPS agents on loopback
 # (a single-phase unit playing a mains failure, battery discharge and mains
 # return within a minute, and a three-phase unit in normal operation) and the
-# reference host monitoring both and serving them to NUT clients on loopback.
+# reference host monitoring both and serving them to NUT clients and
+# Prometheus on loopback.
 # Without a display the host runs as a console
 # monitor. Extra arguments go to the host, e.g. --duration 90 or --headless.
 set -euo pipefail
@@ -11,6 +12,7 @@ BUILD_DIR="${BUILD_DIR:-$ROOT/build}"
 PORT1="${ORVEK_DEMO_PORT1:-1502}"
 PORT2="${ORVEK_DEMO_PORT2:-1503}"
 NUTPORT="${ORVEK_DEMO_NUT_PORT:-3493}"
+METRICSPORT="${ORVEK_DEMO_METRICS_PORT:-9184}"
 
 BUILD_DIR="$BUILD_DIR" "$ROOT/tools/bootstrap.sh"
 BIN="$BUILD_DIR/bin"
@@ -38,8 +40,9 @@ echo "demo: agent logs (every register write) in $LOGDIR"
 rm -f "$BIN/KSVO/Quoranet/db/dev.ini"
 "$BIN/orvek-host" --add ups1 "127.0.0.1:$PORT1" --add ups2 "127.0.0.1:$PORT2" --interval 5 --retries 3
 
-host_args=(--nut-listen "127.0.0.1:$NUTPORT")
+host_args=(--nut-listen "127.0.0.1:$NUTPORT" --metrics-listen "127.0.0.1:$METRICSPORT")
 echo "demo: NUT clients: upsc -l 127.0.0.1:$NUTPORT   upsc ups1@127.0.0.1:$NUTPORT"
+echo "demo: metrics: curl -s http://127.0.0.1:$METRICSPORT/metrics"
 if [[ -z "${DISPLAY:-}" && -z "${WAYLAND_DISPLAY:-}" ]]; then
     host_args+=(--headless)
 fi
