@@ -63,6 +63,7 @@ struct Row
     qint64 firstDataMs = -1;
     qint64 shutdownMs = -1;
     QString failure;
+    QString bareFailure; // the host figures stand; the floor could not be measured
 };
 
 // The multi-port agent, driven line by line through its stdin.
@@ -244,7 +245,7 @@ void measureBare(const Settings &s, int devices, Row *row)
     }
     const QList<QByteArray> result = words(bare.readAllStandardOutput().trimmed());
     if (result.value(0) != "bare") {
-        row->failure = QStringLiteral("bare client: ") + QString::fromLocal8Bit(bare.readAllStandardError());
+        row->bareFailure = QString::fromLocal8Bit(bare.readAllStandardError()).trimmed().section(QLatin1Char('\n'), 0, 0);
         return;
     }
     row->bareAnswers = result.value(2).toULongLong();
@@ -297,6 +298,10 @@ void printTable(const QList<Row> &rows, const Settings &s)
             << " | " << r.threads << " | " << r.fds << " | "
             << QString::number(100.0 * r.onTime / r.devices, 'f', 0) << " % | " << seconds(r.firstDataMs) << " | "
             << seconds(r.shutdownMs) << " |\n";
+    }
+    for (const Row &r : rows) {
+        if (!r.bareFailure.isEmpty())
+            out << "\nbare client at " << r.devices << " devices failed: " << r.bareFailure << "\n";
     }
     // Marginal host CPU per answer between consecutive device counts.
     for (int i = 1; i < rows.size(); ++i) {
