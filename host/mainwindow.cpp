@@ -69,9 +69,12 @@ MainWindow::MainWindow(DeviceHost *host, QWidget *parent)
     ui->mainSplitter->setStretchFactor(0, 1);
     ui->mainSplitter->setStretchFactor(1, 0);
     ui->mainSplitter->setSizes({height() - kEventPaneHeight, kEventPaneHeight});
-    // Few rows: columns fit their contents, the last one takes the rest.
-    ui->deviceTree->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    // Device columns are fitted to the rows in sight once a second (fitDeviceColumns):
+    // fitting them on every changed cell measures every row's text each time.
+    ui->deviceTree->header()->setSectionResizeMode(QHeaderView::Interactive);
+    ui->deviceTree->header()->setResizeContentsPrecision(0);
     ui->deviceTree->header()->setStretchLastSection(true);
+    ui->eventTable->header()->setResizeContentsPrecision(0);
     ui->eventTable->header()->setSectionResizeMode(ColTime, QHeaderView::ResizeToContents);
     ui->eventTable->header()->setSectionResizeMode(ColDevice, QHeaderView::ResizeToContents);
     ui->eventTable->header()->setStretchLastSection(true);
@@ -157,6 +160,7 @@ void MainWindow::syncDevices()
     if (!ui->deviceTree->currentItem() && ui->deviceTree->topLevelItemCount() > 0)
         ui->deviceTree->setCurrentItem(ui->deviceTree->topLevelItem(0));
     updateCounts();
+    fitDeviceColumns();
 }
 
 void MainWindow::refreshDevices()
@@ -167,6 +171,13 @@ void MainWindow::refreshDevices()
             updateRow(it.value(), session, now);
     }
     updateCounts();
+    fitDeviceColumns();
+}
+
+void MainWindow::fitDeviceColumns()
+{
+    for (int c = ColName; c < ColLastData; ++c) // the last column takes the rest
+        ui->deviceTree->resizeColumnToContents(c); // measures the rows in sight only
 }
 
 void MainWindow::refreshDevice(const QString &name)

@@ -74,6 +74,7 @@ private:
     DeviceSession *sessionOf(const QTreeWidgetItem *item) const;
     void updateRow(QTreeWidgetItem *item, DeviceSession *session, const QDateTime &now);
     void updateCounts();
+    void fitDeviceColumns();
     void detachView(const QString &name);
     void detachViews();
     void addEventRow(const QDateTime &time, const QString &device, const QString &text, const QColor &colour);
