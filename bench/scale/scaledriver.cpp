@@ -47,6 +47,7 @@ struct Settings
     int startupLimitS = 120;
     quint16 basePort = 23000;
     QString binDir;
+    bool window = false; // the host with its window (offscreen) instead of headless
 };
 
 struct Row
@@ -203,9 +204,10 @@ void measureHost(Agent *agent, const Settings &s, int devices, Row *row)
     host.setStandardErrorFile(dir.filePath(QStringLiteral("host-stderr.log")));
     agent->command("reset");
     // The host's stdin stays an open pipe: end of input would stop it.
-    host.start(dir.filePath(QStringLiteral("orvek-host")),
-               {QStringLiteral("--headless"), QStringLiteral("--duration"),
-                QString::number(s.startupLimitS + s.seconds + kHostDurationMarginS)});
+    QStringList arguments{QStringLiteral("--duration"), QString::number(s.startupLimitS + s.seconds + kHostDurationMarginS)};
+    if (!s.window)
+        arguments.prepend(QStringLiteral("--headless"));
+    host.start(dir.filePath(QStringLiteral("orvek-host")), arguments);
     if (!host.waitForStarted()) {
         row->failure = QStringLiteral("host did not start");
         return;
@@ -281,10 +283,11 @@ QString seconds(qint64 ms)
 void printTable(const QList<Row> &rows, const Settings &s)
 {
     QTextStream out(stdout);
-    out << "window " << s.seconds << " s per run, interval " << kDeviceInterval << " (1 request per device and second)\n\n"
-        << QStringLiteral("| devices | host CPU µs/answer | bare client CPU µs/request | ratio | RSS/device KB | "
-                          "threads | fds | on time | first data s | shutdown s |\n")
-        << "|---|---|---|---|---|---|---|---|---|---|\n";
+    out << "window " << s.seconds << " s per run, interval " << kDeviceInterval << " (1 request per device and second), host "
+        << (s.window ? "with its window (offscreen)" : "headless") << "\n\n"
+        << QStringLiteral("| devices | host CPU µs/answer | host % of a core | bare client CPU µs/request | ratio | "
+                          "RSS/device KB | threads | fds | on time | first data s | shutdown s |\n")
+        << "|---|---|---|---|---|---|---|---|---|---|---|\n";
     for (const Row &r : rows) {
         if (!r.failure.isEmpty()) {
             out << "| " << r.devices << " | failed: " << r.failure << " |\n";
@@ -293,6 +296,7 @@ void printTable(const QList<Row> &rows, const Settings &s)
         const double host = r.hostAnswers ? r.hostCpuUs / double(r.hostAnswers) : 0;
         const double bare = r.bareAnswers ? r.bareCpuUs / double(r.bareAnswers) : 0;
         out << "| " << r.devices << " | " << perAnswer(r.hostCpuUs, r.hostAnswers) << " | "
+            << QString::number(100.0 * r.hostCpuUs / (double(s.seconds) * 1e6), 'f', 1) << " | "
             << perAnswer(r.bareCpuUs, r.bareAnswers) << " | "
             << (bare > 0 ? QString::number(host / bare, 'f', 1) : QStringLiteral("–")) << " | " << r.rssKb / r.devices
             << " | " << r.threads << " | " << r.fds << " | "
@@ -322,7 +326,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationName(QStringLiteral("orvek-scale"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QCoreApplication::translate(
-        "orvek-scale", "Measures the headless host with N devices against a bare Modbus client."));
+        "orvek-scale", "Measures the host with N devices against a bare Modbus client."));
     parser.addHelpOption();
     const QCommandLineOption devices(QStringLiteral("devices"), QCoreApplication::translate("orvek-scale", "Device counts."),
                                      QStringLiteral("\"N ...\""), QStringLiteral("1 100 500 1000"));
@@ -333,7 +337,10 @@ int main(int argc, char *argv[])
                                      QStringLiteral("S"), QStringLiteral("120"));
     const QCommandLineOption basePort(QStringLiteral("base-port"), QCoreApplication::translate("orvek-scale", "First agent port."),
                                       QStringLiteral("P"), QStringLiteral("23000"));
-    parser.addOptions({devices, window, startup, basePort});
+    const QCommandLineOption withWindow(QStringLiteral("window"),
+                                        QCoreApplication::translate("orvek-scale", "Run the host with its window "
+                                                                                   "(offscreen) instead of headless."));
+    parser.addOptions({devices, window, startup, basePort, withWindow});
     parser.process(app);
 
     Settings s;
@@ -343,6 +350,7 @@ int main(int argc, char *argv[])
     s.startupLimitS = qMax(1, parser.value(startup).toInt());
     s.basePort = quint16(parser.value(basePort).toUInt());
     s.binDir = QCoreApplication::applicationDirPath();
+    s.window = parser.isSet(withWindow);
 
     QList<Row> rows;
     for (int n : qAsConst(s.counts)) {
