@@ -312,33 +312,6 @@ private slots:
         QCOMPARE(counters.counters(QStringLiteral("other")).answers, quint64(0));
     }
 
-    void listenOption_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("address"); // null: refused
-        QTest::addColumn<int>("port");
-        QTest::newRow("off by default") << QStringList() << "" << 0;
-        QTest::newRow("IPv4") << QStringList{"--metrics-listen", "127.0.0.1:9184"} << "127.0.0.1" << 9184;
-        QTest::newRow("IPv6") << QStringList{"--metrics-listen=[::1]:19184"} << "::1" << 19184;
-        QTest::newRow("host name") << QStringList{"--metrics-listen", "localhost:9184"} << QString() << 0;
-        QTest::newRow("no port") << QStringList{"--metrics-listen", "127.0.0.1"} << QString() << 0;
-    }
-
-    void listenOption()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, address);
-        QFETCH(int, port);
-        const HostOptions options = HostOptions::parse(QStringList{"orvek-host"} + arguments);
-        QCOMPARE(options.ok, !address.isNull());
-        if (options.ok) {
-            QCOMPARE(options.metricsAddress, address);
-            QCOMPARE(options.metricsPort, port);
-        } else {
-            QVERIFY(options.error.contains("--metrics-listen"));
-        }
-    }
-
     void servesMetricsOnly()
     {
         ScriptedHost scripted;

@@ -628,34 +628,6 @@ private slots:
         QVERIFY(!client.socket().canReadLine()); // nothing after the goodbye
     }
 
-    void listenOption_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("address"); // null: refused
-        QTest::addColumn<int>("port");
-        QTest::newRow("off by default") << QStringList() << "" << 0;
-        QTest::newRow("IPv4") << QStringList{"--nut-listen", "127.0.0.1:3493"} << "127.0.0.1" << 3493;
-        QTest::newRow("IPv6") << QStringList{"--nut-listen=[::1]:13493"} << "::1" << 13493;
-        QTest::newRow("host name") << QStringList{"--nut-listen", "localhost:3493"} << QString() << 0;
-        QTest::newRow("no port") << QStringList{"--nut-listen", "127.0.0.1"} << QString() << 0;
-        QTest::newRow("port 0") << QStringList{"--nut-listen", "127.0.0.1:0"} << QString() << 0;
-    }
-
-    void listenOption()
-    {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, address);
-        QFETCH(int, port);
-        const HostOptions options = HostOptions::parse(QStringList{"orvek-host"} + arguments);
-        QCOMPARE(options.ok, !address.isNull());
-        if (options.ok) {
-            QCOMPARE(options.nutAddress, address);
-            QCOMPARE(options.nutPort, port);
-        } else {
-            QVERIFY(options.error.contains("--nut-listen"));
-        }
-    }
-
     void busyPortIsReported()
     {
         ServedHost served;

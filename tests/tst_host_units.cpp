@@ -87,6 +87,44 @@ private slots:
         QTEST(changed.join(QLatin1Char(' ')), "parsed");
     }
 
+    void listenOptions_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("value");
+        QTest::addColumn<QString>("address"); // null: refused
+        QTest::addColumn<int>("port");
+        for (const QString option : {QStringLiteral("nut-listen"), QStringLiteral("metrics-listen")}) {
+            const auto row = [&option](const char *name) -> QTestData & {
+                return QTest::newRow(qPrintable(option + QLatin1Char(' ') + QLatin1String(name))) << option;
+            };
+            row("IPv4") << "127.0.0.1:3493" << "127.0.0.1" << 3493;
+            row("IPv6") << "[::1]:13493" << "::1" << 13493;
+            row("host name") << "localhost:3493" << QString() << 0;
+            row("no port") << "127.0.0.1" << QString() << 0;
+            row("port 0") << "127.0.0.1:0" << QString() << 0;
+        }
+    }
+
+    void listenOptions()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, value);
+        QFETCH(QString, address);
+        QFETCH(int, port);
+        const HostOptions off = HostOptions::parse({"orvek-host"});
+        QVERIFY(off.ok && off.nutAddress.isEmpty() && off.metricsAddress.isEmpty()); // both off by default
+        const HostOptions options = HostOptions::parse({"orvek-host", "--" + option, value});
+        QCOMPARE(options.ok, !address.isNull());
+        if (!options.ok) {
+            QVERIFY(options.error.contains("--" + option));
+            return;
+        }
+        const bool nut = option == QLatin1String("nut-listen");
+        QCOMPARE(nut ? options.nutAddress : options.metricsAddress, address);
+        QCOMPARE(nut ? options.nutPort : options.metricsPort, port);
+        QVERIFY((nut ? options.metricsAddress : options.nutAddress).isEmpty());
+    }
+
     void configSaveAndReadBack()
     {
         QCOMPARE(DeviceConfig::defaultPath(), OrvekClient::configFilePath()); // where the plug-in reads
