@@ -12,6 +12,7 @@ PACKAGES=(
     qtbase5-dev qtbase5-dev-tools libqt5serialbus5-dev qttools5-dev-tools
     fonts-dejavu-core xvfb xauth
     libmodbus-dev nut-client libcpp-httplib-dev prometheus
+    dpkg-dev lintian
 )
 
 missing=()

@@ -2,7 +2,8 @@
 # Builds everything and runs every test: the full suite, then the client,
 # decoder and dictionary tests again under AddressSanitizer +
 # UndefinedBehaviorSanitizer (the tst_core_* tests, label "core"), then the
-# libFuzzer targets for a bounded time each (tools/fuzz.sh).
+# libFuzzer targets for a bounded time each (tools/fuzz.sh), and as root the
+# Debian package (tools/package-test.sh).
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 export QT_QPA_PLATFORM=offscreen
@@ -20,5 +21,8 @@ BUILD_DIR="$ROOT/build-asan" "$ROOT/tools/bootstrap.sh" \
     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
     ctest -L core --output-on-failure)
 
-# Answer decoding and dev.ini reading under libFuzzer, 40 s each (both at once).
+# Answer decoding, dev.ini reading and NUT request lines under libFuzzer, 30 s each.
 bash "$ROOT/tools/fuzz.sh" 30
+# The Debian package: built, checked with lintian, installed, run and purged
+# (root only: it installs on this machine).
+if [[ $(id -u) -eq 0 ]]; then bash "$ROOT/tools/package-test.sh" "$ROOT/build"; fi
