@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "collectthread.h"
+#include "commandwatch.h"
 #include "devicesession.h"
 #include "eventformatter.h"
 #include "hostlogging.h"
@@ -29,8 +30,10 @@ DeviceHost::DeviceHost(const QString &logFolder, QObject *parent)
     , m_plugins(new PluginHost(this))
     , m_logs(logFolder)
     , m_staleTimer(new QTimer(this))
+    , m_commandWatch(new CommandWatch(this))
 {
     connect(m_staleTimer, &QTimer::timeout, this, &DeviceHost::checkStaleData);
+    connect(m_commandWatch, &CommandWatch::verdict, this, &DeviceHost::onCommandVerdict);
     qRegisterMetaType<HostNotice>();
     connect(&m_logs, &LogWriter::failureChanged, this,
             [this](bool, const QString &message) { notice(QString(), message); });
@@ -78,8 +81,10 @@ bool DeviceHost::startDevice(const DeviceEntry &entry)
         return false;
     }
     DeviceSession *session = addDevice(factory, entry.name);
-    if (session)
+    if (session) {
         session->setStaleRule(StaleRule(entry.interval));
+        m_commandWatch->setPollInterval(entry.name, entry.interval);
+    }
     return session != nullptr;
 }
 
@@ -183,6 +188,7 @@ QString DeviceHost::roleName(int level)
 void DeviceHost::onEventReceived(DeviceSession *s, int type, const QMap<QString, QVariant> &map)
 {
     emit deviceEvent(s->name(), type);
+    watchCommand(s, type, map);
     const QString text = EventFormatter::text(type, map, s->eventTexts());
     if (text.isEmpty() || repeatsAlarm(s->name(), type, map))
         return;
@@ -194,6 +200,26 @@ void DeviceHost::logEvent(DeviceSession *s, int type, const QString &text)
     const QDateTime now = QDateTime::currentDateTime();
     m_logs.writeEvent(now, s->name(), type, text);
     emit eventLogged(now, s->name(), type, text);
+}
+
+void DeviceHost::watchCommand(DeviceSession *s, int type, const QMap<QString, QVariant> &map)
+{
+    if (UpsControl::isRequest(type)) {
+        m_commandWatch->watch(s->name(), type, s->latestData());
+    } else if (type == UpsEvent::CommandResult && map.value(UpsKey::Result).toInt() == 0) {
+        // Not sent at all: the client's own result already says so.
+        m_commandWatch->notSent(s->name(), map.value(UpsKey::CmdId).toInt());
+    }
+}
+
+void DeviceHost::onCommandVerdict(const QString &device, int controlId, bool confirmed, int boundSeconds)
+{
+    DeviceSession *s = session(device);
+    if (!s)
+        return;
+    const int type = confirmed ? CommandConfirmed : CommandNotConfirmed;
+    logEvent(s, type, CommandWatch::verdictText(controlId, confirmed, boundSeconds));
+    emit deviceEvent(device, type);
 }
 
 void DeviceHost::checkStaleData()
@@ -231,6 +257,7 @@ bool DeviceHost::repeatsAlarm(const QString &device, int type, const QMap<QStrin
 
 void DeviceHost::onDataReceived(DeviceSession *s, const QMap<int, QVariant> &data)
 {
+    m_commandWatch->addData(s->name(), data);
     m_logs.writeDataRow(QDateTime::currentDateTime(), s->name(), s->dataLogHeader(), s->dataLogRow(data));
     emit dataLogged(s->name());
 }
@@ -269,6 +296,7 @@ void DeviceHost::shutdown(const StopProgress &progress)
     m_byName.clear();
     m_staleReported.clear();
     m_staleTimer->stop();
+    m_commandWatch->clear();
     emit sessionsChanged();
     qDeleteAll(sessions);
     m_shuttingDown = false;

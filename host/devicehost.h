@@ -16,6 +16,7 @@
 #include "logwriter.h"
 
 class CollectThread;
+class CommandWatch;
 class DeviceSession;
 class PluginHost;
 class QTimer;
@@ -39,7 +40,7 @@ class DeviceHost : public QObject
     Q_OBJECT
 public:
     // Events of the host itself, beside the plug-in's event types.
-    enum HostEvent { DataStale = 3001, DataCurrent = 3002 };
+    enum HostEvent { DataStale = 3001, DataCurrent = 3002, CommandConfirmed = 3003, CommandNotConfirmed = 3004 };
     static constexpr int StaleCheckMs = 1000;
 
     // Longest a client can take to notice quit(): a tick in a connection
@@ -56,6 +57,8 @@ public:
     int loadPlugins(const QString &folder);
     PluginHost *plugins() const { return m_plugins; }
     LogWriter &logs() { return m_logs; }
+    // Watches the data after each control request for the command's effect.
+    CommandWatch *commandWatch() const { return m_commandWatch; }
 
     // Creates and starts a session per entry (the plug-in named by the entry,
     // or the first one); returns how many were started.
@@ -111,6 +114,8 @@ private:
     // One event when a device's data goes stale, one when data returns.
     void checkStaleData();
     void logEvent(DeviceSession *session, int type, const QString &text);
+    void watchCommand(DeviceSession *session, int type, const QMap<QString, QVariant> &map);
+    void onCommandVerdict(const QString &device, int controlId, bool confirmed, int boundSeconds);
     void startPendingSlice();
 
     PluginHost *m_plugins;
@@ -119,6 +124,7 @@ private:
     QHash<QString, DeviceSession *> m_byName;
     QSet<DeviceSession *> m_staleReported;
     QTimer *m_staleTimer;
+    CommandWatch *m_commandWatch;
     QList<DeviceEntry> m_pendingStarts;
     int m_backgroundStarted = 0;
     QList<HostNotice> m_notices;

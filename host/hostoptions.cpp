@@ -61,6 +61,15 @@ struct Options
                                      HostOptions::tr("Serve Prometheus metrics at http://ADDR:PORT/metrics, e.g. "
                                                      "127.0.0.1:9184."),
                                      QStringLiteral("ADDR:PORT")};
+    QCommandLineOption lang{QStringLiteral("lang"),
+                            HostOptions::tr("Language of the texts, e.g. zh_CN, or en for English (default: the "
+                                            "locale, LANG)."),
+                            QStringLiteral("LANG")};
+    QCommandLineOption onEvent{QStringLiteral("on-event"),
+                               HostOptions::tr("Run the shell command CMD for every logged event, with "
+                                               "ORVEK_DEVICE, ORVEK_EVENT, ORVEK_TEXT and ORVEK_TIME in its "
+                                               "environment."),
+                               QStringLiteral("CMD")};
 
     void setUp(QCommandLineParser &parser) const
     {
@@ -72,7 +81,8 @@ struct Options
                 .arg(DeviceHost::StopBoundSeconds));
         parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
         parser.addOptions(
-            {help, headless, duration, screenshot, add, interval, retries, plugins, userLevel, nutListen, metricsListen});
+            {help, headless, duration, screenshot, add, interval, retries, plugins, userLevel, nutListen, metricsListen,
+             lang, onEvent});
         parser.addPositionalArgument(QStringLiteral("HOST:PORT"), HostOptions::tr("Address of each --add, in order."),
                                      QStringLiteral("[HOST:PORT...]"));
     }
@@ -101,6 +111,8 @@ HostOptions HostOptions::parse(const QStringList &arguments)
     };
     if (!parser.parse(arguments))
         return fail(parser.errorText());
+    // The help comes in the language asked for as well.
+    options.language = parser.value(o.lang);
     if (parser.isSet(o.help)) {
         options.helpRequested = true;
         return options;
@@ -109,6 +121,9 @@ HostOptions HostOptions::parse(const QStringList &arguments)
     options.headless = parser.isSet(o.headless);
     options.screenshotFile = parser.value(o.screenshot);
     options.pluginFolder = parser.value(o.plugins);
+    options.eventCommand = parser.value(o.onEvent);
+    if (parser.isSet(o.onEvent) && options.eventCommand.trimmed().isEmpty())
+        return fail(tr("--on-event needs a command"));
     if (parser.isSet(o.duration) && !readNumber(parser.value(o.duration), 0, &options.durationSeconds))
         return fail(tr("--duration needs a number of seconds"));
     if (parser.isSet(o.interval) && !readNumber(parser.value(o.interval), 1, &options.interval))

@@ -41,6 +41,8 @@ public:
     int nutPort = 0;
     QString metricsAddress; // empty: no /metrics
     int metricsPort = 0;
+    QString eventCommand; // empty: no command per event
+    QString language; // empty: the system's locale
 };
 
 #endif // HOSTOPTIONS_H

@@ -13,7 +13,9 @@
 #include "consolemonitor.h"
 #include "deviceconfig.h"
 #include "devicehost.h"
+#include "eventhook.h"
 #include "hostoptions.h"
+#include "languageloader.h"
 #include "mainwindow.h"
 #include "metricsserver.h"
 #include "nutserver.h"
@@ -74,11 +76,15 @@ int main(int argc, char *argv[])
     }
     if (options.helpRequested) {
         QCoreApplication app(argc, argv);
+        LanguageLoader languages(options.language);
+        languages.installHostTexts();
         printLine(stdout, HostOptions::helpText());
         return 0;
     }
     if (!options.additions.isEmpty()) {
         QCoreApplication app(argc, argv); // for the application's folder
+        LanguageLoader languages(options.language);
+        languages.installHostTexts();
         return addDevices(options);
     }
 
@@ -95,6 +101,10 @@ int main(int argc, char *argv[])
         font.setPointSize(kOffscreenFontPointSize);
         QApplication::setFont(font);
     }
+    // Texts are translated when a widget or notice is made: the language
+    // comes first.
+    LanguageLoader languages(options.language);
+    languages.installHostTexts();
 
     const DeviceConfig config;
     DeviceHost host(config.logFolder());
@@ -106,12 +116,22 @@ int main(int argc, char *argv[])
                                   ? QApplication::translate("main", "warning: %1").arg(notice.text)
                                   : QApplication::translate("main", "warning: %1: %2").arg(notice.device, notice.text));
         });
+    std::unique_ptr<EventHook> eventHook;
+    if (!options.eventCommand.isEmpty()) {
+        eventHook.reset(new EventHook(options.eventCommand));
+        QObject::connect(eventHook.get(), &EventHook::noticeRaised, &host,
+                         [&host](const QString &text) { host.notice(QString(), text); });
+        QObject::connect(&host, &DeviceHost::eventLogged, eventHook.get(), &EventHook::run);
+    }
     const QString pluginFolder = options.pluginFolder.isEmpty() ? PluginHost::defaultFolder() : options.pluginFolder;
     if (host.loadPlugins(pluginFolder) == 0) {
         printLine(stderr, QApplication::translate("main", "no device plug-in (%1) found in %2")
                               .arg(QLatin1String(PluginHost::kInterfaceId), pluginFolder));
         return 1;
     }
+    // The plug-in brings its translations along; its views and dictionary
+    // are made when the devices start.
+    languages.installPluginTexts();
     host.setUserInfo(DeviceHost::roleName(options.userLevel), options.userLevel);
     // A damaged dev.ini still yields the devices it describes; without any
     // the host runs on and says how to add one.

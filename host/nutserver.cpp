@@ -7,7 +7,9 @@
 #include <QRegularExpression>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QUuid>
 
+#include "commandwatch.h"
 #include "deviceconfig.h"
 #include "devicehost.h"
 #include "devicesession.h"
@@ -23,6 +25,11 @@ Q_LOGGING_CATEGORY(lcNut, "orvek.host.nut", QtWarningMsg)
 
 constexpr char kUsersFileName[] = "upsd.users";
 constexpr char kProtocolVersion[] = "1.3";
+// Command results kept for GET TRACKING; the oldest go first.
+constexpr int kMaxTracked = 1000;
+const QByteArray kPending = QByteArrayLiteral("PENDING");
+const QByteArray kSuccess = QByteArrayLiteral("SUCCESS");
+const QByteArray kFailed = QByteArrayLiteral("ERR FAILED");
 
 using Lines = QList<QByteArray>;
 
@@ -56,6 +63,12 @@ NutServer::NutServer(DeviceHost *host, QObject *parent)
     , m_server(new QTcpServer(this))
 {
     connect(m_server, &QTcpServer::newConnection, this, &NutServer::onNewConnection);
+    connect(host->commandWatch(), &CommandWatch::verdict, this,
+            [this](const QString &device, int controlId, bool confirmed) {
+                settle(device, controlId, confirmed ? kSuccess : kFailed);
+            });
+    connect(host->commandWatch(), &CommandWatch::abandoned, this,
+            [this](const QString &device, int controlId) { settle(device, controlId, kFailed); });
 }
 
 NutServer::~NutServer() = default;
@@ -113,6 +126,7 @@ void NutServer::onNewConnection()
                 [client] { client->send(error("INVALID-ARGUMENT").first()); });
         connect(client, &NutConnection::closed, this, [this, client] {
             m_connections.removeOne(client);
+            m_trackingClients.remove(client);
             client->deleteLater();
         });
     }
@@ -158,6 +172,8 @@ NutServer::Lines NutServer::answer(NutConnection *client, const Words &words)
         return loginCommand(client, words);
     if (command == "INSTCMD")
         return instantCommand(client, words);
+    if (command == "SET" && words.value(1) == "TRACKING")
+        return trackingCommand(client, words);
     if (command == "SET")
         return setCommand(client, words);
     return error("UNKNOWN-COMMAND");
@@ -214,6 +230,8 @@ NutServer::Lines NutServer::listCommand(const Words &words) const
 NutServer::Lines NutServer::getCommand(const Words &words) const
 {
     const QByteArray what = words.value(1);
+    if (what == "TRACKING" && words.size() == 3)
+        return {m_tracked.contains(words.at(2)) ? m_tracked.value(words.at(2)).status : error("UNKNOWN").first()};
     const bool perName = what == "VAR" || what == "TYPE" || what == "DESC" || what == "CMDDESC";
     const bool perUps = what == "NUMLOGINS" || what == "UPSDESC";
     if ((!perName && !perUps) || words.size() != (perName ? 4 : 3))
@@ -322,7 +340,40 @@ NutServer::Lines NutServer::instantCommand(NutConnection *client, const Words &w
         return error("INVALID-ARGUMENT");
     qCDebug(lcNut) << client->userName << "runs" << name << "on" << session->name();
     session->requestControl(command->controlId, value);
+    if (m_trackingClients.contains(client))
+        return ok("TRACKING " + track(session->name(), command->controlId));
     return ok();
+}
+
+NutServer::Lines NutServer::trackingCommand(NutConnection *client, const Words &words)
+{
+    if (words.size() != 3 || (words.at(2) != "ON" && words.at(2) != "OFF"))
+        return error("INVALID-ARGUMENT");
+    if (words.at(2) == "ON")
+        m_trackingClients.insert(client);
+    else
+        m_trackingClients.remove(client);
+    return ok();
+}
+
+QByteArray NutServer::track(const QString &device, int controlId)
+{
+    const QByteArray id = QUuid::createUuid().toByteArray(QUuid::WithoutBraces);
+    // A command whose effect the data cannot show counts as done once passed on.
+    m_tracked.insert(id, Tracked{device, controlId, CommandWatch::isWatched(controlId) ? kPending : kSuccess});
+    m_trackedOrder << id;
+    if (m_trackedOrder.size() > kMaxTracked)
+        m_tracked.remove(m_trackedOrder.takeFirst());
+    return id;
+}
+
+void NutServer::settle(const QString &device, int controlId, const QByteArray &status)
+{
+    // A repeated request restarts the watch: every id still waiting on it gets its outcome.
+    for (Tracked &tracked : m_tracked) {
+        if (tracked.device == device && tracked.controlId == controlId && tracked.status == kPending)
+            tracked.status = status;
+    }
 }
 
 NutServer::Lines NutServer::setCommand(NutConnection *client, const Words &words) const

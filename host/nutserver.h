@@ -2,6 +2,7 @@
 #define NUTSERVER_H
 
 #include <QByteArray>
+#include <QHash>
 #include <QHostAddress>
 #include <QList>
 #include <QMap>
@@ -63,6 +64,11 @@ private:
     Lines loginCommand(NutConnection *client, const Words &words);
     Lines instantCommand(NutConnection *client, const Words &words);
     Lines setCommand(NutConnection *client, const Words &words) const;
+    // SET TRACKING ON|OFF: whether this client's instant commands get an id
+    // whose result GET TRACKING tells.
+    Lines trackingCommand(NutConnection *client, const Words &words);
+    QByteArray track(const QString &device, int controlId);
+    void settle(const QString &device, int controlId, const QByteArray &status);
 
     QList<DeviceSession *> upsSessions() const;
     DeviceSession *findUps(const QByteArray &name) const;
@@ -79,6 +85,15 @@ private:
     NutUsers m_users;
     QMap<QString, StaleRule> m_staleRules;
     QSet<QString> m_forcedShutdown;
+    struct Tracked
+    {
+        QString device;
+        int controlId;
+        QByteArray status; // PENDING until the device shows the effect or not
+    };
+    QHash<QByteArray, Tracked> m_tracked;
+    QList<QByteArray> m_trackedOrder; // oldest first, for the bound
+    QSet<const NutConnection *> m_trackingClients;
     int m_maxClients = DefaultMaxClients;
 };
 

@@ -11,6 +11,7 @@ PACKAGES=(
     cmake g++ make clang libclang-rt-14-dev
     qtbase5-dev qtbase5-dev-tools libqt5serialbus5-dev qttools5-dev-tools
     fonts-dejavu-core xvfb xauth
+    qttools5-dev qttranslations5-l10n fonts-wqy-microhei
     libmodbus-dev nut-client libcpp-httplib-dev prometheus
     dpkg-dev lintian
 )

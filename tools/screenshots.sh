@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Renders the README's pictures: builds orvek-screenshots into BUILD_DIR
 # (default: build) and runs it. The pictures go to docs/screenshots, or to
-# the folder given as the first argument.
+# the folder given as the first argument. --lang zh_CN renders the device
+# view and the host window in Chinese as *-zh_CN.png.
 set -euo pipefail
 ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD_DIR="${BUILD_DIR:-$ROOT/build}"

@@ -1,5 +1,6 @@
-// orvek-screenshots [FOLDER]: renders the pictures of the README into FOLDER
-// (default: docs/screenshots of the source tree).
+// orvek-screenshots [--lang LANG] [FOLDER]: renders the pictures of the README
+// into FOLDER (default: docs/screenshots of the source tree). With a language
+// the device view and the host window are rendered in it, as <name>-LANG.png.
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -8,6 +9,7 @@
 #include <QTextStream>
 
 #include "hostwindowscene.h"
+#include "languageloader.h"
 #include "screenshotwriter.h"
 #include "widgetscenes.h"
 
@@ -39,6 +41,11 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(
         QCoreApplication::translate("main", "Renders the views, charts and the host window with simulated UPS data."));
     parser.addHelpOption();
+    const QCommandLineOption lang(QStringLiteral("lang"),
+                                  QCoreApplication::translate("main", "Render the device view and the host window "
+                                                                      "in LANG (e.g. zh_CN)."),
+                                  QStringLiteral("LANG"));
+    parser.addOption(lang);
     parser.addPositionalArgument(QStringLiteral("FOLDER"),
                                  QCoreApplication::translate("main", "Where to write the PNG files (default: %1).")
                                      .arg(QStringLiteral(ORVEK_DEFAULT_SCREENSHOT_DIR)),
@@ -55,8 +62,21 @@ int main(int argc, char *argv[])
     }
     // Widgets keep the font they were created with: set it before any is made.
     useDesktopFont();
-    WidgetScenes(writer).renderAll();
-    HostWindowScene(writer).render();
+    const QString language = parser.value(lang);
+    if (language.isEmpty()) {
+        WidgetScenes(writer).renderAll();
+        HostWindowScene(writer).render();
+    } else {
+        // The plug-in is linked in, so its catalogue is there from the start.
+        LanguageLoader languages(language);
+        if (languages.installHostTexts() == 0 || !languages.installPluginTexts()) {
+            qCCritical(lcScreenshots) << "no translation for" << language;
+            return 1;
+        }
+        writer.setFileSuffix(QLatin1Char('-') + language);
+        WidgetScenes(writer).deviceTabs();
+        HostWindowScene(writer).render();
+    }
 
     QTextStream out(stdout);
     for (const QString &path : writer.written())

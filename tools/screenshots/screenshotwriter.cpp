@@ -35,7 +35,10 @@ void ScreenshotWriter::settle(int ms)
 void ScreenshotWriter::save(QWidget *widget, const QString &fileName)
 {
     QApplication::processEvents();
-    const QString path = m_folder.filePath(fileName);
+    QString name = fileName;
+    const int dot = name.lastIndexOf(QLatin1Char('.'));
+    name.insert(dot < 0 ? name.size() : dot, m_suffix);
+    const QString path = m_folder.filePath(name);
     if (widget->grab().save(path))
         m_written << path;
     else

@@ -29,8 +29,10 @@ public:
     template<typename Condition>
     static bool waitFor(Condition done, int timeoutMs);
 
-    // Saves a grab of `widget` as <folder>/<fileName>.
+    // Saves a grab of `widget` as <folder>/<fileName>, with the suffix
+    // before the extension (e.g. "-zh_CN" for the pictures in Chinese).
     void save(QWidget *widget, const QString &fileName);
+    void setFileSuffix(const QString &suffix) { m_suffix = suffix; }
 
     QStringList written() const { return m_written; }
     QStringList failed() const { return m_failed; }
@@ -38,6 +40,7 @@ public:
 
 private:
     QDir m_folder;
+    QString m_suffix;
     QStringList m_written;
     QStringList m_failed;
 };
