@@ -10,7 +10,7 @@ export QT_QPA_PLATFORM=offscreen
 
 echo "== build and test (build/)"
 BUILD_DIR="$ROOT/build" "$ROOT/tools/bootstrap.sh"
-(cd "$ROOT/build" && ctest --output-on-failure)
+(cd "$ROOT/build" && ctest -j2 --output-on-failure)
 
 echo "== client core under address,undefined sanitizers (build-asan/)"
 BUILD_DIR="$ROOT/build-asan" "$ROOT/tools/bootstrap.sh" \
@@ -19,7 +19,7 @@ BUILD_DIR="$ROOT/build-asan" "$ROOT/tools/bootstrap.sh" \
     ASAN_OPTIONS=detect_leaks=1:fast_unwind_on_malloc=0 \
     LSAN_OPTIONS="suppressions=$ROOT/tools/lsan.supp" \
     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-    ctest -L core --output-on-failure)
+    ctest -j2 -L core --output-on-failure)
 
 # Answer decoding, dev.ini reading and NUT request lines under libFuzzer, 30 s each.
 bash "$ROOT/tools/fuzz.sh" 30
