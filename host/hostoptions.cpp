@@ -9,6 +9,13 @@
 
 namespace {
 
+// An IP address (no host name: nothing is looked up) and a port, as the
+// listen options take them.
+bool readListenAddress(const QString &value, QString *address, int *port)
+{
+    return DeviceConfig::parseEndpoint(value, address, port) && !QHostAddress(*address).isNull();
+}
+
 constexpr int kMaxUserLevel = 9;
 
 bool readNumber(const QString &text, int min, int *value)
@@ -133,14 +140,10 @@ HostOptions HostOptions::parse(const QStringList &arguments)
     if (parser.isSet(o.userLevel)
         && (!readNumber(parser.value(o.userLevel), 0, &options.userLevel) || options.userLevel > kMaxUserLevel))
         return fail(tr("--user-level needs a number from 0 to %1").arg(kMaxUserLevel));
-    if (parser.isSet(o.nutListen)
-        && (!DeviceConfig::parseEndpoint(parser.value(o.nutListen), &options.nutAddress, &options.nutPort)
-            || QHostAddress(options.nutAddress).isNull()))
+    if (parser.isSet(o.nutListen) && !readListenAddress(parser.value(o.nutListen), &options.nutAddress, &options.nutPort))
         return fail(tr("--nut-listen needs an IP address and a port, e.g. 127.0.0.1:3493 or [::1]:3493"));
     if (parser.isSet(o.metricsListen)
-        && (!DeviceConfig::parseEndpoint(parser.value(o.metricsListen), &options.metricsAddress,
-                                         &options.metricsPort)
-            || QHostAddress(options.metricsAddress).isNull()))
+        && !readListenAddress(parser.value(o.metricsListen), &options.metricsAddress, &options.metricsPort))
         return fail(tr("--metrics-listen needs an IP address and a port, e.g. 127.0.0.1:9184 or [::1]:9184"));
 
     const QStringList names = parser.values(o.add);
